@@ -1,0 +1,27 @@
+# How everything is compiled: hidden symbols, strict warnings, no build path in what is made.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+# __FILE__ names a source from the root on, so that log messages tell nothing of the build machine.
+add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+
+add_library(JobParserWarnings INTERFACE)
+target_compile_options(JobParserWarnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+    -Wnon-virtual-dtor -Woverloaded-virtual
+    $<$<BOOL:${JOBPARSER_WERROR}>:-Werror>)
+
+if(JOBPARSER_SANITIZE)
+    add_compile_options(-fsanitize=${JOBPARSER_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${JOBPARSER_SANITIZE})
+endif()
+if(JOBPARSER_FUZZ)
+    if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        message(FATAL_ERROR "JOBPARSER_FUZZ needs clang: cmake --preset fuzz")
+    endif()
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

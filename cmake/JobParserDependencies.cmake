@@ -1,0 +1,11 @@
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+find_package(Boost 1.81 REQUIRED)
+find_package(simdjson REQUIRED)
+pkg_check_modules(re2 REQUIRED IMPORTED_TARGET re2)
+
+# Only the header is used: the library beside it is for wide characters and brings ICU along.
+find_path(SIMPLEINI_INCLUDE_DIR SimpleIni.h REQUIRED)
+mark_as_advanced(SIMPLEINI_INCLUDE_DIR)
+add_library(SimpleIni::SimpleIni INTERFACE IMPORTED)
+target_include_directories(SimpleIni::SimpleIni INTERFACE ${SIMPLEINI_INCLUDE_DIR})

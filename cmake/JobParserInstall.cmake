@@ -1,0 +1,30 @@
+include(CMakePackageConfigHelpers)
+
+set(configDir ${CMAKE_INSTALL_LIBDIR}/cmake/JobParser)
+
+install(TARGETS JobParser EXPORT JobParserTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(EXPORT JobParserTargets NAMESPACE JobParser:: DESTINATION ${configDir})
+
+configure_package_config_file(cmake/JobParserConfig.cmake.in ${PROJECT_BINARY_DIR}/JobParserConfig.cmake
+    INSTALL_DESTINATION ${configDir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/JobParserConfigVersion.cmake
+    COMPATIBILITY SameMajorVersion)
+install(FILES
+    ${PROJECT_BINARY_DIR}/JobParserConfig.cmake
+    ${PROJECT_BINARY_DIR}/JobParserConfigVersion.cmake
+    DESTINATION ${configDir})
+
+# pkg-config finds the prefix from its own place, so that an installed tree can be moved.
+file(RELATIVE_PATH prefixFromPc
+    /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+string(REGEX REPLACE "/$" "" prefixFromPc "${prefixFromPc}")
+configure_file(cmake/jobparser.pc.in ${PROJECT_BINARY_DIR}/jobparser.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/jobparser.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+install(FILES docs/config.ini DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+if(TARGET jobparser)
+    install(TARGETS jobparser RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
