@@ -1,0 +1,8 @@
+#include "Torv/Json/IJsonable.h"
+
+namespace Torv::Json
+{
+
+IJsonable::~IJsonable() = default;
+
+} // namespace Torv::Json

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "Torv/Export.h"
+#include "Torv/Variant.h"
+
+namespace Torv::Json
+{
+
+/// The deepest nesting of arrays and objects that parse accepts.
+inline constexpr int maxDepth = 64;
+
+/// Reads a JSON text. Throws GenericException for text that is no JSON or nests deeper than maxDepth.
+TORV_EXPORT Variant parse(std::string text);
+
+/// The JSON form of a string of any bytes, quotation marks included. Always valid UTF-8; Variant::toString
+/// gives the same bytes back.
+TORV_EXPORT std::string _encodeString(std::string_view bytes);
+
+/// Appends what _encodeString gives.
+TORV_EXPORT void appendString(std::string& out, std::string_view bytes);
+
+} // namespace Torv::Json

@@ -1,0 +1,8 @@
+#include "Torv/Log/ILog.h"
+
+namespace Torv::Log
+{
+
+ILog::~ILog() = default;
+
+} // namespace Torv::Log

@@ -1,0 +1,8 @@
+#include "Torv/NoFactoryException.h"
+
+namespace Torv
+{
+
+NoFactoryException::~NoFactoryException() = default;
+
+} // namespace Torv

@@ -1,0 +1,8 @@
+#include "Torv/VariantInvalidOperationException.h"
+
+namespace Torv
+{
+
+VariantInvalidOperationException::~VariantInvalidOperationException() = default;
+
+} // namespace Torv

@@ -1,0 +1,260 @@
+#include "Torv/IO/MemoryMappedFile.h"
+
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/Torv/TemporaryDirectory.h"
+
+#include "Torv/GenericException.h"
+
+using Torv::IO::MappedView;
+using Torv::IO::MemoryMappedFile;
+using Torv::Test::TemporaryDirectory;
+
+namespace
+{
+
+std::string textOf(const MappedView& view)
+{
+    return std::string(view.data, view.data + view.size);
+}
+
+std::string messageOf(const std::function<void()>& call)
+{
+    try {
+        call();
+    } catch (const Torv::GenericException& caught) {
+        return caught.what();
+    }
+    return "nothing was thrown";
+}
+
+std::string openingMessage(const std::string& path)
+{
+    return messageOf([&] { MemoryMappedFile file(path); });
+}
+
+} // namespace
+
+TEST(MemoryMappedFile, MapsAWholeFile)
+{
+    const TemporaryDirectory directory;
+    MemoryMappedFile file(directory.file("job", "job data"));
+
+    const auto view = file.map(0, 8);
+
+    EXPECT_EQ(textOf(*view), "job data");
+    EXPECT_EQ(view->offset, 0);
+}
+
+TEST(MemoryMappedFile, DeliversNoMoreThanTheFileHolds)
+{
+    const TemporaryDirectory directory;
+    MemoryMappedFile file(directory.file("job", "job data"));
+
+    EXPECT_EQ(textOf(*file.map(0, 0xFFFFFFFF)), "job data");
+}
+
+TEST(MemoryMappedFile, DeliversNoMoreThanIsAskedFor)
+{
+    const TemporaryDirectory directory;
+    MemoryMappedFile file(directory.file("job", "job data"));
+
+    EXPECT_EQ(textOf(*file.map(0, 3)), "job");
+}
+
+TEST(MemoryMappedFile, MapsFromAMultipleOfItsAlignment)
+{
+    const TemporaryDirectory directory;
+    const std::int64_t alignment = MemoryMappedFile::alignment();
+    MemoryMappedFile file(
+        directory.file("job", std::string(static_cast<std::size_t>(alignment), '.') + "second page"));
+
+    const auto view = file.map(alignment, 6);
+
+    EXPECT_EQ(textOf(*view), "second");
+    EXPECT_EQ(view->offset, alignment);
+}
+
+TEST(MemoryMappedFile, IsAlignedToPages)
+{
+    EXPECT_EQ(MemoryMappedFile::alignment(), ::sysconf(_SC_PAGESIZE));
+    EXPECT_GT(MemoryMappedFile::alignment(), 0);
+}
+
+TEST(MemoryMappedFile, RefusesAnOffsetBetweenPagesAndBeforeTheStart)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.file("job", "job data");
+    MemoryMappedFile file(path);
+
+    EXPECT_EQ(messageOf([&] { file.map(1, 2); }),
+              "Cannot map file | path=" + path + " | error=Invalid argument");
+    EXPECT_EQ(messageOf([&] { file.map(-MemoryMappedFile::alignment(), 2); }),
+              "Cannot map file | path=" + path + " | error=Invalid argument");
+    EXPECT_FALSE(file.isMapped());
+}
+
+TEST(MemoryMappedFile, KeepsTheFormerViewIfMappingFails)
+{
+    const TemporaryDirectory directory;
+    MemoryMappedFile file(directory.file("job", "job data"));
+    const std::weak_ptr<const MappedView> former = file.map(0, 8);
+
+    EXPECT_THROW(file.map(1, 2), Torv::GenericException);
+
+    EXPECT_TRUE(file.isMapped());
+    EXPECT_FALSE(former.expired());
+}
+
+TEST(MemoryMappedFile, GivesAViewOfNothingWhereThereIsNothing)
+{
+    const TemporaryDirectory directory;
+    MemoryMappedFile empty(directory.file("empty", ""));
+    MemoryMappedFile file(directory.file("job", "job data"));
+
+    const auto ofEmptyFile = empty.map(0, 8);
+    const auto ofNoLength = file.map(0, 0);
+    const auto behindTheEnd = file.map(MemoryMappedFile::alignment() * 1000, 8);
+
+    EXPECT_EQ(ofEmptyFile->size, 0);
+    EXPECT_NE(ofEmptyFile->data, nullptr);
+    EXPECT_EQ(ofNoLength->size, 0);
+    EXPECT_NE(ofNoLength->data, nullptr);
+    EXPECT_EQ(behindTheEnd->size, 0);
+    EXPECT_NE(behindTheEnd->data, nullptr);
+    EXPECT_EQ(behindTheEnd->offset, MemoryMappedFile::alignment() * 1000);
+}
+
+TEST(MemoryMappedFile, SeesTheFileAsLongAsItIsNow)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.file("job", "job");
+    MemoryMappedFile file(path);
+    ASSERT_EQ(textOf(*file.map(0, 100)), "job");
+
+    std::ofstream(path, std::ios::binary | std::ios::app) << " data";
+
+    EXPECT_EQ(textOf(*file.map(0, 100)), "job data");
+}
+
+TEST(MemoryMappedFile, TellsWhetherItHoldsAView)
+{
+    const TemporaryDirectory directory;
+    MemoryMappedFile file(directory.file("job", "job data"));
+
+    EXPECT_FALSE(file.isMapped());
+    file.map(0, 8);
+    EXPECT_TRUE(file.isMapped());
+    file.unmap();
+    EXPECT_FALSE(file.isMapped());
+    file.unmap();
+    EXPECT_FALSE(file.isMapped());
+}
+
+TEST(MemoryMappedFile, HoldsOnlyTheViewGivenLast)
+{
+    const TemporaryDirectory directory;
+    MemoryMappedFile file(directory.file("job", "job data"));
+
+    const std::weak_ptr<const MappedView> first = file.map(0, 8);
+    const std::weak_ptr<const MappedView> second = file.map(0, 8);
+    EXPECT_TRUE(first.expired());
+    EXPECT_FALSE(second.expired());
+    file.unmap();
+
+    EXPECT_TRUE(second.expired());
+}
+
+TEST(MemoryMappedFile, LeavesAViewReadableForWhoHoldsIt)
+{
+    const TemporaryDirectory directory;
+    auto file = std::make_unique<MemoryMappedFile>(directory.file("job", "job data"));
+
+    const auto view = file->map(0, 8);
+    file->unmap();
+    file.reset();
+
+    EXPECT_EQ(textOf(*view), "job data");
+}
+
+TEST(MemoryMappedFile, LetsTheMappingGoWithItsLastHolder)
+{
+    const TemporaryDirectory directory;
+    MemoryMappedFile file(directory.file("job", "job data"));
+    const auto isMappedAt = [](const void* address) {
+        unsigned char resident = 0;
+        const auto page = static_cast<std::size_t>(MemoryMappedFile::alignment());
+        return ::mincore(const_cast<void*>(address), page, &resident) == 0;
+    };
+
+    auto view = file.map(0, 8);
+    const void* const address = view->data;
+    file.unmap();
+    EXPECT_TRUE(isMappedAt(address));
+    view.reset();
+
+    EXPECT_FALSE(isMappedAt(address));
+}
+
+TEST(MemoryMappedFile, ReadsAFileThatWasRemovedMeanwhile)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.file("job", "job data");
+    MemoryMappedFile file(path);
+
+    ::unlink(path.c_str());
+
+    EXPECT_EQ(textOf(*file.map(0, 8)), "job data");
+}
+
+TEST(MemoryMappedFile, RefusesAMissingFile)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.path("missing");
+
+    EXPECT_EQ(openingMessage(path), "Cannot open file | path=" + path + " | error=No such file or directory");
+}
+
+TEST(MemoryMappedFile, RefusesADirectory)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.path("");
+
+    EXPECT_EQ(openingMessage(path), "Cannot open file | path=" + path + " | error=Is a directory");
+}
+
+TEST(MemoryMappedFile, RefusesAFifoWithoutWaitingForAWriter)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.path("fifo");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+
+    EXPECT_EQ(openingMessage(path), "Cannot open file | path=" + path + " | error=Not a regular file");
+}
+
+TEST(MemoryMappedFile, RefusesADevice)
+{
+    EXPECT_EQ(openingMessage("/dev/null"), "Cannot open file | path=/dev/null | error=Not a regular file");
+}
+
+TEST(MemoryMappedFile, ClosesWhatItRefuses)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.path("fifo");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    const int before = ::dup(STDIN_FILENO);
+    ::close(before);
+
+    EXPECT_THROW(MemoryMappedFile file(path), Torv::GenericException);
+
+    const int after = ::dup(STDIN_FILENO);
+    ::close(after);
+    EXPECT_EQ(after, before);
+}

@@ -1,0 +1,81 @@
+#include "Torv/Number.h"
+
+#include <cerrno>
+#include <clocale>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+namespace
+{
+
+TEST(Number, ReadsTheLongestNumberThatStandsThere)
+{
+    EXPECT_EQ(Torv::stoi("42"), 42);
+    EXPECT_EQ(Torv::stoi(" \t\n\v\f\r-7 pages"), -7);
+    EXPECT_EQ(Torv::stoi("+5"), 5);
+    EXPECT_EQ(Torv::stoi("010"), 10);
+    EXPECT_EQ(Torv::stoi("0x10"), 0);
+    EXPECT_EQ(Torv::stoi("2147483647"), 2147483647);
+    EXPECT_EQ(Torv::stoi("-2147483648"), -2147483647 - 1);
+    EXPECT_EQ(Torv::stof("1.5mm"), 1.5F);
+    EXPECT_EQ(Torv::stof("1,5"), 1.0F);
+    EXPECT_EQ(Torv::stod(" -2.5e3x"), -2500.0);
+    EXPECT_EQ(Torv::stod("0x10"), 16.0);
+    EXPECT_EQ(Torv::stod(".5."), 0.5);
+    EXPECT_TRUE(std::isnan(Torv::stod("nan")));
+    EXPECT_EQ(Torv::stod("inf"), std::numeric_limits<double>::infinity());
+}
+
+TEST(Number, EndsAtANul)
+{
+    EXPECT_EQ(Torv::stoi(std::string("1\0002", 3)), 1);
+    EXPECT_THROW(Torv::stoi(std::string("\0001", 2)), std::invalid_argument);
+}
+
+TEST(Number, RefusesTextsWithoutANumber)
+{
+    for (const char* text : {"", " ", "x", "-", "+-1", "."}) {
+        EXPECT_THROW(Torv::stoi(text), std::invalid_argument) << text;
+        EXPECT_THROW(Torv::stof(text), std::invalid_argument) << text;
+        EXPECT_THROW(Torv::stod(text), std::invalid_argument) << text;
+    }
+}
+
+TEST(Number, RefusesNumbersThatDoNotFit)
+{
+    EXPECT_THROW(Torv::stoi("2147483648"), std::out_of_range);
+    EXPECT_THROW(Torv::stoi("-2147483649"), std::out_of_range);
+    EXPECT_THROW(Torv::stoi("99999999999999999999"), std::out_of_range);
+    EXPECT_THROW(Torv::stof("1e39"), std::out_of_range);
+    EXPECT_THROW(Torv::stof("1e-60"), std::out_of_range);
+    EXPECT_THROW(Torv::stod("1e309"), std::out_of_range);
+    EXPECT_THROW(Torv::stod("1e-400"), std::out_of_range);
+}
+
+TEST(Number, LeavesErrnoAlone)
+{
+    errno = EDOM;
+    EXPECT_EQ(Torv::stoi("1"), 1);
+    EXPECT_EQ(errno, EDOM);
+
+    EXPECT_THROW(Torv::stod("1e999"), std::out_of_range);
+    EXPECT_EQ(errno, EDOM);
+}
+
+TEST(Number, IgnoresTheLocaleOfTheHost)
+{
+    if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr)
+        GTEST_SKIP() << "no German locale here";
+
+    const float real = Torv::stof("1.5");
+    const double comma = Torv::stod("1,5");
+    std::setlocale(LC_ALL, "C");
+
+    EXPECT_EQ(real, 1.5F);
+    EXPECT_EQ(comma, 1.0);
+}
+
+} // namespace
