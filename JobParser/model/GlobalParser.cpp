@@ -1,0 +1,118 @@
+#include "JobParser/model/GlobalParser.h"
+
+#include <array>
+#include <memory>
+#include <string_view>
+
+#include "JobParser/Job.h"
+#include "JobParser/JobFile.h"
+#include "JobParser/model/ChunkRawData.h"
+#include "JobParser/model/ChunkUel.h"
+
+#include "Torv/BytePairs.h"
+
+namespace JobParser::Global
+{
+namespace
+{
+
+struct Signature {
+    std::string_view bytes;
+    Pdl pdl;
+};
+
+using namespace std::string_view_literals;
+
+// The first that fits decides. A JPEG counts only in its JFIF form.
+constexpr std::array<Signature, 8> signatures{{
+    {"%!PS"sv, Pdl::PostScript},
+    {"%PDF-"sv, Pdl::Pdf},
+    {"\xFF\xD8\xFF\xE0"sv, Pdl::Jpeg},
+    {"!R!"sv, Pdl::Prescribe},
+    {"\x1B"
+     "E"sv,
+     Pdl::Pcl5},
+    {") HP-PCL XL;"sv, Pdl::PclXl},
+    {"PK\x03\x04"sv, Pdl::Xps},
+    {"UNIRAST"sv, Pdl::Urf},
+}};
+
+// All that can begin something where no language is active: a UEL, and a PRESCRIBE block.
+constexpr std::array<Torv::BytePair, 2> rawStarts{{{0x1B, '%'}, {'!', 'R'}}};
+
+constexpr std::string_view pjlKeyword = "@PJL";
+
+} // namespace
+
+Parser::Parser(Job& theJob, JobFile& theFile, PaperSizeManager& papers)
+    : BaseParser(theJob, theFile, papers), pjl(*this)
+{
+    file.setPos(0);
+}
+
+Pdl Parser::autoDetectPdl()
+{
+    for (const auto& [bytes, pdl] : signatures) {
+        if (match(bytes, true, false))
+            return pdl;
+    }
+    return Pdl::Unknown;
+}
+
+void Parser::rawMode(bool)
+{
+    std::int64_t start = file.m_offset;
+    while (!file.atEnd()) {
+        skipRawBytes();
+        if (file.atEnd())
+            break;
+        const std::int64_t end = file.m_offset;
+        if (!matchUel()) {
+            file.getChar();
+            continue;
+        }
+        flushRawData(start, end);
+        job.appendChunk(std::make_shared<ChunkUel>());
+        if (match(pjlKeyword, true, true))
+            pjl.parse();
+        start = file.m_offset;
+    }
+    flushRawData(start, file.m_offset);
+}
+
+void Parser::jpegMode(bool allowRestrictedPdf)
+{
+    pdlJobInfo.setPageCount(0, 0, 1);
+    rawMode(allowRestrictedPdf);
+}
+
+// Stops at the first byte from which on something may begin, which may be the last one of a view.
+void Parser::skipRawBytes()
+{
+    while (!file.atEnd()) {
+        const auto bytes = file.window();
+        const std::size_t count = Torv::findPair(bytes, rawStarts);
+        if (count != 0)
+            file.advancePos(static_cast<std::int64_t>(count));
+        if (count != bytes.size())
+            return;
+    }
+}
+
+Pjl::PjlToken Parser::getRawToken()
+{
+    if (file.atEnd())
+        return Pjl::PjlToken::EndOfFile;
+    if (matchUel())
+        return match(pjlKeyword, true, true) ? Pjl::PjlToken::UelPjl : Pjl::PjlToken::Uel;
+    file.getChar();
+    return Pjl::PjlToken::Raw;
+}
+
+void Parser::flushRawData(std::int64_t start, std::int64_t end)
+{
+    if (start != end)
+        job.appendChunk(std::make_shared<ChunkRawData>(start, end - start));
+}
+
+} // namespace JobParser::Global

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "JobParser/JobInfo.h"
+#include "JobParser/languages/PjlParser.h"
+#include "JobParser/model/BaseParser.h"
+#include "JobParser/model/Pdl.h"
+
+namespace JobParser::Global
+{
+
+/// Owns the parsers of all languages for one parse, and walks the job where no language is active.
+///
+/// Belongs to the thread that parses the job, and serves one job: the parsers keep what they learned from one
+/// stretch of the job to the next.
+class Parser : public BaseParser
+{
+public:
+    /// Puts the file at its start. The three outlive the parser.
+    Parser(Job& theJob, JobFile& theFile, PaperSizeManager& papers);
+
+    /// Recognises the language by the bytes at the position, which stays. Unknown for a job that begins with
+    /// a UEL: there PJL tells the language.
+    Pdl autoDetectPdl();
+
+    /// Walks the job from the position to the end of the data: UELs, PJL blocks, the language bodies that PJL
+    /// announces, and raw data for all the rest. Passes on what the parsers of the languages throw.
+    void rawMode(bool allowRestrictedPdf);
+
+    /// A JPEG job is one image and counts as one colour page; nothing in it is read.
+    void jpegMode(bool allowRestrictedPdf);
+
+    /// Classifies what stands at the position. A UEL is passed, and so is a byte that begins nothing.
+    Pjl::PjlToken getRawToken();
+
+    Pjl::Parser pjl;
+    JobInfo pdlJobInfo; ///< What the language bodies contributed.
+
+private:
+    void skipRawBytes();
+    void flushRawData(std::int64_t start, std::int64_t end);
+};
+
+} // namespace JobParser::Global

@@ -1,0 +1,8 @@
+#include "JobParser/IChunk.h"
+
+namespace JobParser
+{
+
+IChunk::~IChunk() = default;
+
+} // namespace JobParser

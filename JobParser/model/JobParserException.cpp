@@ -1,0 +1,8 @@
+#include "JobParser/JobParserException.h"
+
+namespace JobParser
+{
+
+JobParserException::~JobParserException() = default;
+
+} // namespace JobParser

@@ -1,0 +1,98 @@
+#include "JobParser/model/SerializationContext.h"
+
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <charconv>
+
+#include "JobParser/IChunk.h"
+#include "JobParser/model/Reflection.h"
+
+#include "Torv/Json/Json.h"
+
+namespace JobParser
+{
+
+/// The chunks written so far, by identity.
+struct SerializationContext::Ids {
+    boost::unordered_flat_map<std::shared_ptr<IChunk>, std::int32_t, std::hash<std::shared_ptr<IChunk>>>
+        byChunk;
+};
+
+namespace
+{
+
+void appendNumber(std::string& json, std::int32_t number)
+{
+    char digits[16];
+    const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    json.append(digits, end);
+}
+
+} // namespace
+
+SerializationContext::SerializationContext() : m_ids(std::make_unique<Ids>()) {}
+
+SerializationContext::~SerializationContext() = default;
+
+std::string SerializationContext::serializeChunk(const std::shared_ptr<IChunk>& chunk)
+{
+    std::string json;
+    appendChunk(json, chunk);
+    return json;
+}
+
+void SerializationContext::appendChunks(std::string& json, const std::vector<std::shared_ptr<IChunk>>& chunks)
+{
+    const char* separator = "";
+    for (const auto& chunk : chunks) {
+        json += separator;
+        separator = ",";
+        // What nobody but the list holds stands nowhere else, so that nothing can refer to it. Nearly all
+        // chunks are so, and keeping them in mind would cost more than writing them.
+        if (chunk.use_count() == 1)
+            appendDefinition(json, *chunk, ++m_lastId);
+        else
+            appendChunk(json, chunk);
+    }
+}
+
+void SerializationContext::appendChunk(std::string& json, const std::shared_ptr<IChunk>& chunk)
+{
+    if (!chunk) {
+        json += "null";
+        return;
+    }
+    // The id is taken before the chunk writes itself, so that what contains others has the lower id.
+    const auto [place, isNew] = m_ids->byChunk.try_emplace(chunk, m_lastId + 1);
+    if (isNew)
+        appendDefinition(json, *chunk, ++m_lastId);
+    else
+        appendNumber(json, place->second);
+}
+
+void SerializationContext::appendDefinition(std::string& json, const IChunk& chunk, std::int32_t id)
+{
+    json += "{\"class\":";
+    Torv::Json::appendString(json, classTag(chunk));
+    json += ",\"id\":";
+    appendNumber(json, id);
+    json += ",\"dto\":";
+    json += chunk.toJson(*this);
+    json += '}';
+}
+
+const std::string& SerializationContext::classTag(const IChunk& chunk)
+{
+    const std::type_info& type = typeid(chunk);
+    for (KnownClass& known : m_knownClasses) {
+        if (known.type == &type)
+            return *known.tag;
+        if (known.type == nullptr) {
+            const std::string& tag = Reflection::chunkClass(chunk);
+            known = {&type, &tag};
+            return tag;
+        }
+    }
+    return Reflection::chunkClass(chunk);
+}
+
+} // namespace JobParser

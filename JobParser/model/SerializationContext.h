@@ -1,0 +1,53 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <typeinfo>
+#include <vector>
+
+#include "JobParser/Export.h"
+
+namespace JobParser
+{
+
+class IChunk;
+
+/// Gives chunks their identity while one metadata text is written: a chunk that stands in several places is
+/// written once and referred to afterwards. Keeps the chunks that it has seen alive.
+class JOBPARSER_EXPORT SerializationContext
+{
+public:
+    SerializationContext();
+    ~SerializationContext();
+    SerializationContext(const SerializationContext&) = delete;
+    SerializationContext& operator=(const SerializationContext&) = delete;
+
+    /// The JSON text of a chunk: null for a null pointer, the number of a chunk that was written before, and
+    /// otherwise an object. Throws Torv::GenericException if the chunk's class is not registered.
+    std::string serializeChunk(const std::shared_ptr<IChunk>& chunk);
+
+    /// Appends the texts of a list of chunks, with commas between them. The list stays as it is meanwhile,
+    /// and has not been written in this context before.
+    void appendChunks(std::string& json, const std::vector<std::shared_ptr<IChunk>>& chunks);
+
+private:
+    struct Ids;
+
+    void appendChunk(std::string& json, const std::shared_ptr<IChunk>& chunk);
+    void appendDefinition(std::string& json, const IChunk& chunk, std::int32_t id);
+    const std::string& classTag(const IChunk& chunk);
+
+    /// The tag of a class that was written before. A job has few classes, and their chunks take turns.
+    struct KnownClass {
+        const std::type_info* type = nullptr;
+        const std::string* tag = nullptr;
+    };
+
+    std::unique_ptr<Ids> m_ids;
+    std::array<KnownClass, 8> m_knownClasses;
+    std::int32_t m_lastId = 1;
+};
+
+} // namespace JobParser

@@ -1,0 +1,153 @@
+#include "JobParser/model/UnserializationContext.h"
+
+#include <array>
+#include <gtest/gtest.h>
+
+#include "JobParser/JobParserException.h"
+#include "JobParser/Library.h"
+#include "JobParser/model/ChunkRawData.h"
+#include "JobParser/model/ChunkText.h"
+#include "JobParser/model/ChunkUel.h"
+
+#include "Torv/Json/Json.h"
+#include "Torv/NoFactoryException.h"
+#include "Torv/VariantInvalidOperationException.h"
+
+namespace JobParser
+{
+namespace
+{
+
+class UnserializationContextTest : public testing::Test
+{
+protected:
+    void SetUp() override { Library::init({}); }
+
+    std::shared_ptr<IChunk> chunkOf(const std::string& json)
+    {
+        return context.unserializeChunk(Torv::Json::parse(json));
+    }
+
+    std::string failureOf(const std::string& json)
+    {
+        try {
+            chunkOf(json);
+        } catch (const JobParserException& error) {
+            return error.what();
+        }
+        return "none";
+    }
+
+    UnserializationContext context;
+};
+
+TEST_F(UnserializationContextTest, ReadsNullAsANullPointer)
+{
+    EXPECT_EQ(chunkOf("null"), nullptr);
+}
+
+TEST_F(UnserializationContextTest, MakesAChunkFromItsDefinition)
+{
+    const auto chunk = chunkOf(R"({"class":"RawDataE","id":2,"dto":{"offset":9,"size":1000}})");
+
+    const auto* raw = dynamic_cast<ChunkRawData*>(chunk.get());
+    ASSERT_NE(raw, nullptr);
+    EXPECT_EQ(raw->offset, 9);
+    EXPECT_EQ(raw->size(), 1000);
+}
+
+TEST_F(UnserializationContextTest, MakesAnEmptyChunkWhateverItsData)
+{
+    EXPECT_NE(dynamic_cast<ChunkUel*>(chunkOf(R"({"class":"UelE","id":2,"dto":{}})").get()), nullptr);
+    EXPECT_NE(dynamic_cast<ChunkUel*>(chunkOf(R"({"class":"UelE","id":3,"dto":null})").get()), nullptr);
+}
+
+TEST_F(UnserializationContextTest, ResolvesAReferenceToTheSameObject)
+{
+    const auto chunk = chunkOf(R"({"class":"UelE","id":-7,"dto":{}})");
+
+    EXPECT_EQ(chunkOf("-7"), chunk);
+    EXPECT_EQ(chunkOf("-7"), chunk);
+}
+
+TEST_F(UnserializationContextTest, KeepsTheFirstChunkOfANumberThatStandsTwice)
+{
+    const auto first = chunkOf(R"({"class":"TextE","id":2,"dto":{"text":"1"}})");
+    const auto second = chunkOf(R"({"class":"TextE","id":2,"dto":{"text":"2"}})");
+
+    EXPECT_NE(first, second);
+    EXPECT_EQ(chunkOf("2"), first);
+}
+
+TEST_F(UnserializationContextTest, RejectsAReferenceToAChunkThatWasNotMade)
+{
+    EXPECT_EQ(failureOf("5"), "Unknown chunk ID | id=5");
+    EXPECT_EQ(failureOf("-1"), "Unknown chunk ID | id=-1");
+    EXPECT_EQ(failureOf("4294967298"), "Unknown chunk ID | id=4294967298");
+    chunkOf(R"({"class":"UelE","id":2,"dto":{}})");
+    EXPECT_EQ(failureOf("4294967298"), "Unknown chunk ID | id=4294967298");
+}
+
+TEST_F(UnserializationContextTest, RejectsValuesThatAreNoChunk)
+{
+    for (const char* json : {"\"text\"", "true", "[]", "1.5"})
+        EXPECT_EQ(failureOf(json), "Cannot unserialize chunk. Chunk must be a map") << json;
+}
+
+TEST_F(UnserializationContextTest, RejectsDefinitionsWithMissingOrWrongKeys)
+{
+    for (const char* json :
+         {"{}", R"({"id":2,"dto":{}})", R"({"class":"UelE","dto":{}})", R"({"class":"UelE","id":2})",
+          R"({"class":1,"id":2,"dto":{}})", R"({"class":"UelE","id":"2","dto":{}})",
+          R"({"class":"UelE","id":null,"dto":{}})", R"({"class":"UelE","id":4294967298,"dto":{}})"})
+        EXPECT_THROW(chunkOf(json), Torv::VariantInvalidOperationException) << json;
+}
+
+TEST_F(UnserializationContextTest, RejectsAnUnknownClass)
+{
+    EXPECT_THROW(chunkOf(R"({"class":"NobodyE","id":2,"dto":{}})"), Torv::NoFactoryException);
+    EXPECT_THROW(chunkOf(R"({"class":"","id":2,"dto":{}})"), Torv::NoFactoryException);
+    EXPECT_THROW(chunkOf(R"({"class":"JobParser::ChunkText","id":2,"dto":{"text":""}})"),
+                 Torv::NoFactoryException);
+}
+
+TEST_F(UnserializationContextTest, RegistersNoChunkWhoseDataIsRejected)
+{
+    EXPECT_THROW(chunkOf(R"({"class":"RawDataE","id":2,"dto":{"offset":0,"size":-1}})"), JobParserException);
+
+    EXPECT_EQ(failureOf("2"), "Unknown chunk ID | id=2");
+}
+
+TEST_F(UnserializationContextTest, TakesATagFromAFullClassName)
+{
+    EXPECT_NE(dynamic_cast<ChunkUel*>(chunkOf(R"({"class":"::ChunkUelE","id":2,"dto":{}})").get()), nullptr);
+}
+
+TEST(UnserializationContext, LooksUpTagsAsTheyAreAndClassNamesByTheirLastPart)
+{
+    constexpr std::array<std::array<const char*, 2>, 6> rows{{{"TextE", "TextE"},
+                                                              {"", ""},
+                                                              {"no tag at all", "no tag at all"},
+                                                              {"JobParser::ChunkText", "Text"},
+                                                              {"JobParser::JobChunkPclXLRaw", "PclXLRaw"},
+                                                              {"A:ChunkB:ChunkC", "C"}}};
+
+    for (const auto& [name, tag] : rows)
+        EXPECT_EQ(UnserializationContext::processChunkClass(name), tag);
+}
+
+TEST(UnserializationContext, RejectsClassNamesWithoutChunk)
+{
+    for (const std::string name :
+         {"JobParser::Text", ":", "JobParser::Chunk", "ChunkText:", "JobParser::\nChunkText"}) {
+        try {
+            UnserializationContext::processChunkClass(name);
+            FAIL() << name;
+        } catch (const JobParserException& error) {
+            EXPECT_EQ(error.what(), "Unknown chunk class name | name=" + name);
+        }
+    }
+}
+
+} // namespace
+} // namespace JobParser
