@@ -1,0 +1,39 @@
+#include "JobParser/Library.h"
+
+#include "JobParser/languages/ChunkPjlCmd.h"
+#include "JobParser/languages/ChunkPjlCmdBase64String.h"
+#include "JobParser/model/ChunkFirstPageStart.h"
+#include "JobParser/model/ChunkFormFeed.h"
+#include "JobParser/model/ChunkRawData.h"
+#include "JobParser/model/ChunkText.h"
+#include "JobParser/model/ChunkUel.h"
+#include "JobParser/model/Reflection.h"
+
+namespace JobParser
+{
+namespace
+{
+
+void registerChunkClasses()
+{
+    Reflection::registerChunkClass<ChunkUel>();
+    Reflection::registerChunkClass<ChunkFormFeed>();
+    Reflection::registerChunkClass<ChunkFirstPageStart>();
+    Reflection::registerChunkClass<ChunkRawData>();
+    Reflection::registerChunkClass<ChunkText>();
+    Reflection::registerChunkClass<ChunkPjlCmd>();
+    Reflection::registerChunkClass<ChunkPjlCmdBase64String>();
+}
+
+} // namespace
+
+bool Library::m_inited = false;
+
+void Library::init(const Options&)
+{
+    if (!m_inited)
+        registerChunkClasses();
+    m_inited = true;
+}
+
+} // namespace JobParser

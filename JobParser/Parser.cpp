@@ -1,0 +1,145 @@
+#include "JobParser/Parser.h"
+
+#include <algorithm>
+
+#include "JobParser/JobFile.h"
+#include "JobParser/JobParserException.h"
+#include "JobParser/model/ChunkRawData.h"
+#include "JobParser/model/GlobalParser.h"
+
+#include "Torv/Format.h"
+#include "Torv/Log/ILog.h"
+#include "Torv/Log/LogString.h"
+#include "Torv/Log/LoggingRootDirectory.h"
+
+namespace JobParser
+{
+namespace
+{
+
+// Counts, paper, duplex, stapling, punching and eco mode: what a host that wants no job information is not
+// given.
+constexpr int collectedGroups = JobInfo::FlagPageCount | JobInfo::FlagPaper | JobInfo::FlagDuplex |
+                                JobInfo::FlagStapling | JobInfo::FlagPunching | JobInfo::FlagEcoMode;
+
+std::chrono::milliseconds since(std::chrono::steady_clock::time_point start)
+{
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
+}
+
+// The order is the precedence: PJL overrules what the language itself says.
+JobInfo mergeRecords(const Global::Parser& parser, Pdl pdl)
+{
+    JobInfo merged;
+    merged.setCopies(1);
+    merged.combineWith(parser.pdlJobInfo, JobInfo::AllFlags);
+    merged.setPdl(pdl);
+    merged.combineWith(parser.pjl.jobInfo, JobInfo::AllFlags);
+    return merged;
+}
+
+// Turns pages into sides of paper. A colour page stays a colour side as long as there are sides for it.
+void applyPagesPerSheet(JobInfo& info)
+{
+    if (info.flags(JobInfo::FlagPageCount | JobInfo::FlagPagesPerSheet) == 0 || info.pagesPerSheet < 2)
+        return;
+    const auto wrapped = [](std::int32_t number) { return static_cast<std::uint32_t>(number); };
+    const auto sum = static_cast<std::int32_t>(wrapped(info.monoCount) + wrapped(info.grayCount) +
+                                               wrapped(info.colorCount) + wrapped(info.pagesPerSheet) - 1);
+    const std::int32_t sheets = sum / info.pagesPerSheet;
+    const std::int32_t color = std::min(info.colorCount, sheets);
+    info.setPageCount(static_cast<std::int32_t>(wrapped(sheets) - wrapped(color)), 0, color);
+}
+
+// What "left top" means depends on how the page lies, which is only known when the whole job has been read.
+void applyBrandFinishing(JobInfo& info, const Pjl::Parser& pjl)
+{
+    if (info.originalBrand == Zem::Printer::OriginalBrand::Hp) {
+        info.setStapling(pjl.hpStapleByOrientation(info.orientation), true);
+        info.setPunching(pjl.hpPunchByOrientation(info.orientation), true);
+    } else if (info.originalBrand == Zem::Printer::OriginalBrand::KxDriver) {
+        info.setStapling(pjl.kxTransformStapleByOrientation(info.stapling, info.orientation), true);
+        info.setPunching(pjl.kxTransformPunchByOrientation(info.punching, info.orientation), true);
+    }
+}
+
+} // namespace
+
+Parser::Parser(std::shared_ptr<Torv::Log::ILog> theLog, PaperSizeManager& papers, bool externalParserAllowed)
+    : log(std::move(theLog)), paperList(papers), useExternalParser(externalParserAllowed)
+{
+}
+
+Parser::~Parser() = default;
+
+std::shared_ptr<JobParserResult> Parser::parse(JobFile& file, const ParseOptions& options)
+{
+    const auto start = Clock::now();
+    auto result = std::make_shared<JobParserResult>();
+    result->job = std::make_shared<Job>();
+    Global::Parser globalParser(*result->job, file, paperList);
+    Pdl pdl = options.pdl;
+    try {
+        walk(globalParser, pdl, options.allowRestrictedPdf);
+    } catch (const JobParserException& error) {
+        parsingJobFailed(*result, globalParser, error.what(), start);
+        return result;
+    }
+    result->parseDuration = since(start);
+    logPartialRecords(globalParser);
+    JobInfo merged = mergeRecords(globalParser, pdl);
+    if (!options.collectJobInfo)
+        merged.reset(collectedGroups);
+    applyPagesPerSheet(merged);
+    applyBrandFinishing(merged, globalParser.pjl);
+    result->job->jobInfo = merged;
+    result->parsed = true;
+    return result;
+}
+
+void Parser::walk(Global::Parser& globalParser, Pdl& pdl, bool allowRestrictedPdf)
+{
+    if (pdl == Pdl::Detect)
+        pdl = globalParser.autoDetectPdl();
+    if (pdl == Pdl::Jpeg)
+        globalParser.jpegMode(allowRestrictedPdf);
+    // Whatever a language left over is accounted for here.
+    globalParser.rawMode(allowRestrictedPdf);
+}
+
+void Parser::parsingJobFailed(JobParserResult& result, Global::Parser& globalParser, const std::string& error,
+                              Clock::time_point start)
+{
+    const JobFile& file = globalParser.file;
+    Torv::Log::LogString dump;
+    result.job->dump(dump);
+    logSource(Torv::Log::LevelError,
+              Torv::format("Parsing failed at offset 0x%I64X. The job will have no metadata. | error=%s",
+                           file.m_offset, error.c_str()),
+              dump.getAndClear(), true, __LINE__);
+    result.parseDuration = since(start);
+    result.job->removeAllChunks();
+    result.job->appendChunk(std::make_shared<ChunkRawData>(0, file.m_realDataSize));
+    JobInfo info;
+    info.setPjl(globalParser.pjl.jobInfo.pjl);
+    result.job->jobInfo = info;
+    result.parsed = false;
+}
+
+void Parser::logPartialRecords(const Global::Parser& globalParser)
+{
+    if (!log->isEnabled(Torv::Log::LevelDebug))
+        return;
+    const auto logRecord = [&](const char* fmt, const JobInfo& record, int line) {
+        logSource(Torv::Log::LevelDebug, Torv::format(fmt, record.toString().c_str()), "", false, line);
+    };
+    logRecord("Job info PJL: %s", globalParser.pjl.jobInfo, __LINE__);
+    logRecord("Job info PDL: %s", globalParser.pdlJobInfo, __LINE__);
+}
+
+void Parser::logSource(int level, const std::string& message, const std::string& details, bool flag, int line)
+{
+    log->write(level, message, details, flag, Torv::Log::makeLoggingRootRelative(__FILE__), line);
+}
+
+} // namespace JobParser

@@ -1,0 +1,57 @@
+#include "JobParser/Library.h"
+
+#include <array>
+#include <gtest/gtest.h>
+
+#include "JobParser/IChunk.h"
+#include "JobParser/model/Reflection.h"
+#include "JobParser/model/SerializationContext.h"
+#include "JobParser/model/UnserializationContext.h"
+
+#include "Torv/Json/Json.h"
+
+namespace JobParser
+{
+namespace
+{
+
+struct ChunkClass {
+    const char* tag;
+    const char* dto;
+};
+
+TEST(Library, RegistersTheChunkClassesByTheTagsOfStoredFiles)
+{
+    constexpr std::array<ChunkClass, 7> classes{{
+        {"UelE", "{}"},
+        {"FormFeedE", "{}"},
+        {"FirstPageStartE", "{}"},
+        {"RawDataE", R"({"offset":1,"size":2})"},
+        {"TextE", R"({"text":"a"})"},
+        {"PjlCmdE", R"({"cmd":"SET","param":"COPIES=2"})"},
+        {"PjlCmdBase64StringE", R"({"cmd":"SET","param":"YQ=="})"},
+    }};
+
+    Library::init({});
+
+    for (const ChunkClass& row : classes) {
+        UnserializationContext reading;
+        SerializationContext writing;
+        const std::string text =
+            std::string(R"({"class":")") + row.tag + R"(","id":2,"dto":)" + row.dto + "}";
+        const auto chunk = reading.unserializeChunk(Torv::Json::parse(text));
+        ASSERT_NE(chunk, nullptr) << row.tag;
+        EXPECT_EQ(Reflection::chunkClass(*chunk), row.tag);
+        EXPECT_EQ(writing.serializeChunk(chunk), text);
+    }
+}
+
+TEST(Library, DoesNothingAtLaterCalls)
+{
+    Library::init({});
+
+    EXPECT_NO_THROW(Library::init({}));
+}
+
+} // namespace
+} // namespace JobParser
