@@ -1,0 +1,588 @@
+"""What the tool promises on its command line: outputs, exit statuses, and what stays at OUT.
+
+JOBPARSER_TOOL is the tool, SAMPLES the folder of make_samples.py.
+"""
+
+import json
+import os
+import pathlib
+import stat
+import subprocess
+import sys
+import tempfile
+import threading
+import unittest
+
+TOOL = os.environ["JOBPARSER_TOOL"]
+sys.path.insert(0, os.environ["SAMPLES"])
+
+import make_samples  # noqa: E402
+
+UEL = b"\x1b%-12345X"
+MALFORMED = UEL + b"@PJL \x01"
+MALFORMED_CAUSE = b"error=GetPjlToken(): Unexpected character"
+RAW = b"neither a language nor a wrapper"
+DONE, FAILED, WRONG, NOT_PARSED = 0, 1, 2, 3
+
+
+class ToolTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def file(self, name, data):
+        (self.folder / name).write_bytes(data)
+        return name
+
+    def read(self, name):
+        return (self.folder / name).read_bytes()
+
+    def names(self):
+        return sorted(path.name for path in self.folder.iterdir())
+
+    def run_tool(self, *arguments, status=DONE, **options):
+        options.setdefault("stdout", subprocess.PIPE)
+        done = subprocess.run(
+            [TOOL, *arguments], cwd=self.folder, stdin=subprocess.DEVNULL, stderr=subprocess.PIPE, timeout=60, **options
+        )
+        self.assertEqual(done.returncode, status, done.stderr)
+        return done
+
+    def output(self, *arguments, **options):
+        done = self.run_tool(*arguments, **options)
+        self.assertEqual(done.stderr, b"")
+        return done.stdout
+
+    def assert_failure_line(self, done, file):
+        self.assertRegex(done.stderr, b"^jobparser: " + file.encode() + b": [^\n]+\n$")
+
+
+class Info(ToolTest):
+    def test_prints_the_record_and_a_line_feed(self):
+        self.file("job.jpg", make_samples.jpeg())
+
+        self.assertEqual(
+            self.output("info", "job.jpg"),
+            b'{"version":1,"pjl":false,"pdl":7,"paper":null,"monoCount":0,"grayCount":0,"colorCount":1,'
+            b'"duplex":null,"copies":1,"forceMono":null,"stapling":null,"punching":null,"orientation":null,'
+            b'"ecoMode":null,"ecoMode":null,"pagesPerSheet":null,"originalBrand":null}\n',
+        )
+
+    def test_prints_one_line_for_each_file_in_order(self):
+        self.file("a", make_samples.jpeg())
+        self.file("b", RAW)
+
+        lines = self.output("info", "b", "a", "b").splitlines()
+
+        self.assertEqual([json.loads(line)["pdl"] for line in lines], [0, 7, 0])
+
+    def test_goes_on_behind_a_file_that_failed(self):
+        self.file("good", make_samples.jpeg())
+
+        done = self.run_tool("info", "missing", "good", status=FAILED)
+
+        self.assertEqual(json.loads(done.stdout)["pdl"], 7)
+        self.assert_failure_line(done, "missing")
+
+    def test_takes_a_malformed_job_as_the_library_does(self):
+        self.file("job", MALFORMED)
+
+        self.assertIsNone(json.loads(self.output("info", "job"))["pdl"])
+
+    def test_takes_file_names_as_they_stand(self):
+        names = ["[a]", "[a,b]", "{}", "%%", "meta", "++", "a=b", "-", " "]
+        for name in names:
+            self.file(name, RAW)
+
+        self.assertEqual(len(self.output("info", *names).splitlines()), len(names))
+
+    def test_takes_a_name_with_a_dash_behind_two_dashes(self):
+        self.file("--help", RAW)
+
+        self.assertEqual(len(self.output("info", "--", "--help").splitlines()), 1)
+
+    def test_takes_files_and_options_in_any_order_whatever_the_environment(self):
+        self.file("job", RAW)
+
+        text = self.output("check", "job", "--pdl", "3", env={**os.environ, "POSIXLY_CORRECT": "1"})
+
+        self.assertEqual(text, self.output("check", "--pdl", "3", "job"))
+
+    def test_takes_no_options(self):
+        self.file("job", RAW)
+
+        for option in (["--pdl", "1"], ["--no-worker"], ["--log", "4"], ["--no-collect"], ["-o", "out"]):
+            self.run_tool("info", "job", *option, status=WRONG)
+
+    def test_keeps_a_message_on_one_line(self):
+        done = self.run_tool("info", "two\nlines\x1b[31m", status=FAILED)
+
+        self.assertEqual(done.stderr.count(b"\n"), 1)
+        self.assertNotIn(b"\x1b", done.stderr)
+
+
+class Meta(ToolTest):
+    def test_prints_record_and_chunks_and_a_line_feed(self):
+        self.file("job", RAW)
+
+        text = self.output("meta", "job")
+
+        self.assertTrue(text.endswith(b"}\n"))
+        metadata = json.loads(text)
+        self.assertEqual(list(metadata), ["jobInfo", "chunks"])
+        self.assertEqual(metadata["chunks"], [{"class": "RawDataE", "id": 2, "dto": {"offset": 0, "size": len(RAW)}}])
+
+    def test_writes_the_same_text_into_a_file(self):
+        self.file("job", RAW)
+
+        self.assertEqual(self.output("meta", "job", "-o", "out"), b"")
+
+        self.assertEqual(self.read("out"), self.output("meta", "job"))
+
+    def test_writes_beside_the_job(self):
+        self.file("job.prn", RAW)
+
+        self.assertEqual(self.output("meta", "job.prn", "--beside"), b"")
+
+        self.assertEqual(self.read("job.prn.meta.json"), self.output("meta", "job.prn"))
+
+    def test_refuses_to_replace_the_job_by_its_metadata(self):
+        # A path of nine bytes is its own metadata path.
+        for name in ("abcdefghi", "job.meta.json"):
+            self.file(name, RAW)
+
+            done = self.run_tool("meta", name, "--beside", status=FAILED)
+
+            self.assert_failure_line(done, name)
+            self.assertEqual(self.read(name), RAW)
+            self.assertEqual(self.names(), [name])
+            os.unlink(self.folder / name)
+
+    def test_refuses_a_place_beside_that_is_a_link_to_the_job(self):
+        self.file("job", RAW)
+        (self.folder / "job.meta.json").symlink_to("job")
+
+        self.run_tool("meta", "job", "--beside", status=FAILED)
+
+        self.assertEqual(self.read("job"), RAW)
+
+    def test_knows_a_nine_byte_path_only_by_its_length(self):
+        self.file("abcdefghi", RAW)
+
+        self.assertEqual(self.output("meta", "./abcdefghi", "--beside"), b"")
+
+        self.assertEqual(self.names(), ["abcdefghi", "abcdefghi.meta.json"])
+
+    def test_gives_the_text_again_from_its_metadata(self):
+        for name, make in make_samples.SAMPLES.items():
+            with self.subTest(name):
+                self.file("job", make())
+                text = self.output("meta", "job")
+                self.file("job.meta.json", text)
+
+                self.assertEqual(self.output("meta", "job", "--from-meta", "job.meta.json"), text)
+
+    def test_takes_two_places_for_a_wrong_command_line(self):
+        self.file("job", RAW)
+
+        self.run_tool("meta", "job", "--beside", "-o", "out", status=WRONG)
+
+
+class Dump(ToolTest):
+    def test_prints_the_number_of_chunks_and_a_line_for_each(self):
+        self.file("job", UEL + RAW)
+
+        lines = self.output("dump", "job").splitlines()
+
+        self.assertEqual(lines[0], b"Job parser: Dumping 2 chunks")
+        self.assertEqual(len(lines), 3)
+
+
+class Check(ToolTest):
+    def test_prints_chunks_and_bytes(self):
+        self.file("job", UEL + RAW)
+
+        self.assertEqual(self.output("check", "job"), b"ok: 2 chunks, 41 bytes\n")
+
+    def test_counts_every_byte_of_each_sample(self):
+        for name, make in make_samples.SAMPLES.items():
+            with self.subTest(name):
+                self.file("job", make())
+
+                self.assertRegex(self.output("check", "job"), b"^ok: [0-9]+ chunks, %d bytes\n$" % len(make()))
+
+    def test_fails_for_metadata_of_another_job(self):
+        self.file("job", RAW)
+        self.file("short", b"x")
+        self.run_tool("meta", "job", "--beside")
+
+        done = self.run_tool("check", "short", "--from-meta", "job", status=FAILED)
+
+        self.assert_failure_line(done, "short")
+
+
+class Save(ToolTest):
+    def test_gives_back_every_byte_of_each_sample(self):
+        for name, make in make_samples.SAMPLES.items():
+            with self.subTest(name):
+                self.file("job", make())
+
+                self.assertEqual(self.output("save", "job", "-o", "out"), b"")
+
+                self.assertEqual(self.read("out"), make())
+
+    def test_replaces_the_job_itself(self):
+        self.file("job", make_samples.pcl5_in_pjl())
+
+        self.output("save", "job", "-o", "job")
+
+        self.assertEqual(self.read("job"), make_samples.pcl5_in_pjl())
+        self.assertEqual(self.names(), ["job"])
+
+    def test_takes_names_as_they_stand(self):
+        for name in ("[a]", "{}", "info", "%%"):
+            self.file(name, RAW)
+
+            self.output("save", name, "-o", "[b]")
+
+            self.assertEqual(self.read("[b]"), RAW)
+
+    def test_needs_a_place(self):
+        self.file("job", RAW)
+
+        self.run_tool("save", "job", status=WRONG)
+
+    def test_takes_bytes_from_the_file_and_chunks_from_the_metadata(self):
+        self.file("job", b"ABCDEF")
+        metadata = json.loads(self.output("meta", "job"))
+        metadata["chunks"][0]["dto"] = {"offset": 2, "size": 3}
+        self.file("job.meta.json", json.dumps(metadata).encode())
+
+        self.output("save", "job", "-o", "out", "--from-meta", "job")
+
+        self.assertEqual(self.read("out"), b"CDE")
+
+
+class Output(ToolTest):
+    def test_leaves_nothing_behind_when_writing_fails(self):
+        self.file("job", b"x")
+        self.file("out", b"as it was")
+        metadata = json.loads(self.output("meta", "job"))
+        for size in (1000, -1, 2**62):
+            metadata["chunks"][0]["dto"] = {"offset": 0, "size": size}
+            self.file("job.meta.json", json.dumps(metadata).encode())
+
+            done = self.run_tool("save", "job", "-o", "out", "--from-meta", "job", status=FAILED)
+
+            self.assert_failure_line(done, "job")
+            self.assertEqual(self.read("out"), b"as it was")
+            self.assertEqual(self.names(), ["job", "job.meta.json", "out"])
+
+    def test_reports_a_failed_assertion_instead_of_aborting(self):
+        self.file("job", b"x")
+        metadata = json.loads(self.output("meta", "job"))
+        metadata["chunks"][0]["dto"] = {"offset": 1000, "size": 1}
+        self.file("job.meta.json", json.dumps(metadata).encode())
+
+        done = self.run_tool("save", "job", "-o", "out", "--from-meta", "job", status=FAILED)
+
+        self.assertIn(b"Assertion failed: ", done.stderr)
+        self.assertEqual(self.names(), ["job", "job.meta.json"])
+
+    def test_gives_a_new_file_the_usual_permissions(self):
+        self.file("job", RAW)
+        for umask, mode in ((0o022, 0o644), (0o077, 0o600), (0o000, 0o666)):
+            self.run_tool("save", "job", "-o", f"out{mode}", preexec_fn=lambda: os.umask(umask))
+
+            self.assertEqual(stat.S_IMODE((self.folder / f"out{mode}").stat().st_mode), mode)
+
+    def test_keeps_the_permissions_of_a_file_that_it_replaces(self):
+        self.file("job", RAW)
+        self.file("out", b"")
+        for mode in (0o600, 0o666, 0o640):
+            (self.folder / "out").chmod(mode)
+
+            self.output("save", "job", "-o", "out")
+
+            self.assertEqual(stat.S_IMODE((self.folder / "out").stat().st_mode), mode)
+
+    def test_writes_through_a_link(self):
+        self.file("job", RAW)
+        (self.folder / "sub").mkdir()
+        for target in ("sub/out", "job"):
+            (self.folder / "link").symlink_to(target)
+
+            self.output("save", "job", "-o", "link")
+
+            self.assertTrue((self.folder / "link").is_symlink())
+            self.assertEqual(self.read(target), RAW)
+            (self.folder / "link").unlink()
+        self.assertEqual(os.listdir(self.folder / "sub"), ["out"])
+
+    def test_writes_a_device_straight(self):
+        self.file("job", RAW)
+
+        self.output("save", "job", "-o", "/dev/null")
+
+        self.assertTrue(stat.S_ISCHR(os.stat("/dev/null").st_mode))
+
+    def test_writes_a_pipe_straight(self):
+        self.file("job", RAW)
+        os.mkfifo(self.folder / "pipe")
+        got = []
+        reader = threading.Thread(target=lambda: got.append(self.read("pipe")))
+        reader.start()
+
+        self.output("save", "job", "-o", "pipe")
+
+        reader.join()
+        self.assertEqual(got, [RAW])
+        self.assertEqual(self.names(), ["job", "pipe"])
+
+    def test_adds_to_what_standard_output_writes(self):
+        self.file("job", RAW)
+        with open(self.folder / "out", "wb") as out:
+            out.write(b"before ")
+            out.flush()
+            self.run_tool("save", "job", "-o", "/dev/stdout", stdout=out)
+
+        self.assertEqual(self.read("out"), b"before " + RAW)
+
+    def test_fails_where_nothing_can_be_written(self):
+        self.file("job", RAW)
+        for place in ("no/such/folder", ".", "job/inside", "x" * 300):
+            done = self.run_tool("save", "job", "-o", place, status=FAILED)
+
+            self.assert_failure_line(done, "job")
+        self.assertEqual(self.names(), ["job"])
+
+    def test_takes_the_longest_name(self):
+        self.file("job", RAW)
+
+        self.output("save", "job", "-o", "x" * 255)
+
+        self.assertEqual(self.read("x" * 255), RAW)
+
+    def test_fails_when_standard_output_is_full(self):
+        self.file("job", RAW)
+        for subcommand in ("info", "meta", "dump", "check"):
+            with self.subTest(subcommand), open("/dev/full", "wb") as full:
+                done = self.run_tool(subcommand, "job", status=FAILED, stdout=full)
+
+                self.assert_failure_line(done, "job")
+
+    def test_fails_when_the_reader_went_away(self):
+        self.file("job", RAW)
+        reader, writer = os.pipe()
+        os.close(reader)
+        with os.fdopen(writer, "wb") as pipe:
+            self.run_tool("info", "job", status=FAILED, stdout=pipe)
+
+    def test_fails_when_standard_output_is_closed(self):
+        self.file("job", RAW)
+
+        self.run_tool("meta", "job", status=FAILED, preexec_fn=lambda: os.close(1))
+
+        self.assertEqual(self.read("job"), RAW)
+
+    def test_keeps_messages_out_of_the_file_when_standard_error_is_closed(self):
+        self.file("job", MALFORMED)
+
+        self.run_tool("save", "job", "-o", "out", status=NOT_PARSED, preexec_fn=lambda: os.close(2))
+
+        self.assertEqual(self.read("out"), MALFORMED)
+
+    def test_writes_metadata_in_few_calls(self):
+        self.file("job", b"\x1b%-12345X" * 20000)
+        reader, writer = os.pipe()
+        os.set_blocking(reader, False)
+        sizes = []
+        with subprocess.Popen([TOOL, "meta", "job"], cwd=self.folder, stdout=writer) as tool:
+            os.close(writer)
+            os.set_blocking(reader, True)
+            while data := os.read(reader, 1 << 20):
+                sizes.append(len(data))
+        os.close(reader)
+
+        self.assertEqual(tool.returncode, DONE)
+        self.assertGreater(sum(sizes), 500000)
+        self.assertGreater(sum(sizes) / len(sizes), 4096)
+
+
+class MalformedJob(ToolTest):
+    def test_ends_with_its_own_status_and_still_gives_the_output(self):
+        self.file("job", MALFORMED)
+
+        saved = self.run_tool("save", "job", "-o", "out", status=NOT_PARSED)
+        checked = self.run_tool("check", "job", status=NOT_PARSED)
+        dumped = self.run_tool("dump", "job", status=NOT_PARSED)
+        meta = self.run_tool("meta", "job", status=NOT_PARSED)
+
+        self.assertEqual(self.read("out"), MALFORMED)
+        self.assertEqual(checked.stdout, b"ok: 1 chunks, 15 bytes\n")
+        self.assertEqual(len(dumped.stdout.splitlines()), 2)
+        self.assertEqual(len(json.loads(meta.stdout)["chunks"]), 1)
+        for done in (saved, checked, dumped, meta):
+            self.assertIn(MALFORMED_CAUSE, done.stderr)
+            self.assertEqual(done.stderr.count(b"\n"), 1)
+
+    def test_tells_the_cause_once_whatever_is_logged(self):
+        self.file("job", MALFORMED)
+        for level in ("0", "1", "3", "4"):
+            done = self.run_tool("check", "job", "--log", level, status=NOT_PARSED)
+
+            self.assertEqual(done.stderr.count(MALFORMED_CAUSE), 1)
+
+    def test_is_a_plain_failure_if_the_output_fails(self):
+        self.file("job", MALFORMED)
+
+        self.run_tool("save", "job", "-o", "no/such/folder", status=FAILED)
+
+    def test_is_none_when_the_job_comes_from_its_metadata(self):
+        self.file("job", MALFORMED)
+        self.run_tool("meta", "job", "--beside", status=NOT_PARSED)
+
+        self.assertEqual(self.output("check", "job", "--from-meta", "job"), b"ok: 1 chunks, 15 bytes\n")
+
+
+class ParsingOptions(ToolTest):
+    def record(self, *arguments):
+        return json.loads(self.output("meta", "job", *arguments))["jobInfo"]
+
+    def test_pdl_names_the_language(self):
+        self.file("job", RAW)
+
+        self.assertEqual(self.record()["pdl"], 0)
+        self.assertEqual(self.record("--pdl", "-1")["pdl"], 0)
+        self.assertEqual(self.record("--pdl", "3")["pdl"], 3)
+        self.assertEqual(self.record("--pdl=9")["pdl"], 9)
+
+    def test_no_collect_clears_the_counts(self):
+        self.file("job", make_samples.jpeg())
+
+        self.assertEqual(self.record()["colorCount"], 1)
+        self.assertIsNone(self.record("--no-collect")["colorCount"])
+
+    def test_no_worker_changes_nothing_here(self):
+        self.file("job", make_samples.jpeg())
+
+        self.assertEqual(self.record("--no-worker"), self.record())
+
+    def test_log_shows_levels_up_to_the_one_given(self):
+        self.file("job", RAW)
+
+        quiet = self.run_tool("check", "job", "--log", "3")
+        loud = self.run_tool("check", "job", "--log", "4")
+
+        self.assertEqual(quiet.stderr, b"")
+        self.assertIn(b"Job info PDL: ", loud.stderr)
+        self.assertEqual(loud.stdout, b"ok: 1 chunks, %d bytes\n" % len(RAW))
+
+    def test_config_must_be_readable(self):
+        self.file("job", RAW)
+
+        done = self.run_tool("meta", "job", "--config", "missing.ini", status=FAILED)
+
+        self.assert_failure_line(done, "job")
+
+    def test_config_adds_names_of_papers(self):
+        self.file("job", UEL + b"@PJL SET PAPER=OFFICE\r\n" + UEL)
+        self.file("papers.ini", b"[JobParser]\naliasA3 = Office\n")
+
+        self.assertEqual(self.record("--config", "papers.ini")["paper"], 6)
+        self.assertNotEqual(self.record()["paper"], 6)
+
+    def test_from_meta_must_be_readable_metadata(self):
+        self.file("job", RAW)
+        self.file("broken.meta.json", b"{")
+
+        for metadata in ("missing", "broken.meta.json"):
+            done = self.run_tool("check", "job", "--from-meta", metadata, status=FAILED)
+
+            self.assertIn(b"Error while reading job metadata.", done.stderr)
+
+    def test_from_meta_still_needs_the_file(self):
+        self.file("job", RAW)
+        self.run_tool("meta", "job", "--beside")
+
+        done = self.run_tool("meta", "gone", "--from-meta", "job", status=FAILED)
+
+        self.assert_failure_line(done, "gone")
+
+    def test_a_missing_job_is_a_failure(self):
+        for arguments in (["meta"], ["dump"], ["check"], ["save", "-o", "out"]):
+            done = self.run_tool(*arguments, "missing", status=FAILED)
+
+            self.assert_failure_line(done, "missing")
+        self.assertEqual(self.names(), [])
+
+    def test_a_folder_or_a_pipe_is_no_job(self):
+        (self.folder / "folder").mkdir()
+        os.mkfifo(self.folder / "pipe")
+        for name in ("folder", "pipe"):
+            self.assert_failure_line(self.run_tool("check", name, status=FAILED), name)
+
+
+class CommandLine(ToolTest):
+    def test_tells_its_version(self):
+        self.assertRegex(self.output("--version"), rb"^jobparser [0-9]+\.[0-9]+\.[0-9]+\n$")
+
+    def test_tells_what_there_is(self):
+        text = self.output("--help")
+
+        for word in (b"info", b"meta", b"dump", b"check", b"save", b"Exit status"):
+            self.assertIn(word, text)
+
+    def test_tells_what_each_subcommand_takes(self):
+        options = {b"--pdl", b"--no-collect", b"--refuse-restricted", b"--no-worker", b"--config", b"--log", b"--from-meta"}
+        for subcommand, taken in {
+            "info": set(),
+            "meta": options | {b"-o", b"--beside"},
+            "dump": options,
+            "check": options,
+            "save": options | {b"-o"},
+        }.items():
+            text = self.output(subcommand, "--help")
+
+            self.assertIn(b"Usage: jobparser " + subcommand.encode(), text)
+            told = {word for word in options | {b"-o", b"--beside"} if b"  " + word + b" " in text}
+            self.assertEqual(told, taken)
+
+    def test_names_the_option_that_there_is_not(self):
+        for arguments, name in ((["--unknown"], b"--unknown\n"), (["-xy", "job"], b"-x\n"), (["--unknown=1"], b"--unknown=1\n")):
+            self.assertIn(b"There is no such option: " + name, self.run_tool("meta", *arguments, status=WRONG).stderr)
+
+    def test_calls_a_wrong_one_wrong(self):
+        self.file("job", RAW)
+        for arguments in (
+            [],
+            ["unknown", "job"],
+            ["info"],
+            ["meta"],
+            ["meta", "job", "job"],
+            ["check", "job", "--beside"],
+            ["check", "job", "-o", "out"],
+            ["check", "job", "--unknown"],
+            ["check", "job", "--pdl", "many"],
+            ["check", "job", "--pdl"],
+            ["check", "job", "--pdl", "99999999999"],
+            ["check", "job", "--log", "3x"],
+            ["check", "job", "--beside=yes"],
+            ["check", "job", "--no-worker=yes"],
+            ["save", "job", "-o"],
+            ["save", "job", "-x"],
+            ["check", "job", "--log", "-1"],
+            ["check", "job", "--config"],
+            ["--version", "job"],
+        ):
+            with self.subTest(arguments):
+                done = self.run_tool(*arguments, status=WRONG)
+
+                self.assertEqual(done.stdout, b"")
+                self.assertNotEqual(done.stderr, b"")
+        self.assertEqual(self.names(), ["job"])
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,262 @@
+#include "tools/CommandLine.h"
+
+#include <array>
+#include <charconv>
+#include <getopt.h>
+#include <string_view>
+#include <system_error>
+
+namespace JobParser::Tool
+{
+namespace
+{
+
+constexpr std::string_view helpText = R"(Tells what a spooled print job is, without rendering it.
+
+Usage: jobparser SUBCOMMAND [OPTION...] FILE...
+
+Subcommands:
+  info FILE...       one line of JSON a file: language, pages, copies, paper, finishing
+  meta FILE          the job as metadata: the record and every chunk of the file, as JSON
+  dump FILE          the job's chunks, one a line, for people
+  check FILE         tests that every chunk writes as many bytes as it says
+  save FILE -o OUT   writes the job's bytes, chunk by chunk
+
+  jobparser SUBCOMMAND --help   what a subcommand takes
+  jobparser --version           the version
+
+Examples:
+  jobparser info spool/*.prn | jq .copies
+  jobparser meta job.prn --beside
+  jobparser save job.prn --from-meta job.prn.meta.json -o again.prn
+
+Exit status:
+  0  done
+  1  failed; the reason is on standard error, and nothing half-written stays
+  2  the command line is wrong
+  3  the job is malformed: it was taken as one raw stretch, the output is written all the same,
+     and the cause is on standard error
+)";
+
+struct SubcommandRow {
+    std::string_view name;
+    Subcommand subcommand;
+    std::string_view usage;
+    std::string_view summary;
+};
+
+constexpr std::array subcommandRows = {
+    SubcommandRow{"info", Subcommand::Info, "FILE...",
+                  "Prints the record of each job, one line of JSON a file.\n"
+                  "A file that fails is reported on standard error, and the next one follows.\n"},
+    SubcommandRow{"meta", Subcommand::Meta, "[OPTION...] FILE",
+                  "Writes the job as metadata, from which --from-meta makes the job again.\n"},
+    SubcommandRow{"dump", Subcommand::Dump, "[OPTION...] FILE", "Prints the job's chunks, one a line.\n"},
+    SubcommandRow{"check", Subcommand::Check, "[OPTION...] FILE",
+                  "Tests that every chunk of the job writes as many bytes as it says.\n"},
+    SubcommandRow{"save", Subcommand::Save, "[OPTION...] FILE -o OUT",
+                  "Writes the job's bytes, chunk by chunk.\n"
+                  "OUT may be FILE: it changes only when the new bytes are complete.\n"},
+};
+
+/// The subcommands that take an option, as bits.
+using Takers = unsigned;
+
+constexpr Takers taker(Subcommand subcommand)
+{
+    return 1U << static_cast<unsigned>(subcommand);
+}
+
+constexpr Takers metaOnly = taker(Subcommand::Meta);
+constexpr Takers writers = taker(Subcommand::Meta) | taker(Subcommand::Save);
+constexpr Takers parsers =
+    taker(Subcommand::Meta) | taker(Subcommand::Dump) | taker(Subcommand::Check) | taker(Subcommand::Save);
+constexpr Takers everybody = parsers | taker(Subcommand::Info);
+
+bool readNumber(std::string_view text, int& number)
+{
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+bool readLevel(std::string_view text, std::optional<int>& level)
+{
+    return readNumber(text, level.emplace()) && *level >= 0;
+}
+
+struct OptionRow {
+    const char* name;     ///< Behind the dashes: two, or one for a single letter.
+    const char* argument; ///< What stands behind it, for the help; null if nothing does.
+    Takers takers;
+    std::string_view help;
+    bool (*apply)(Options& options, const char* text); ///< False if the text makes no sense.
+};
+
+constexpr std::array optionRows = {
+    OptionRow{"o", "OUT", writers, "where to write; meta: default is standard output",
+              [](Options& options, const char* text) { return options.output.emplace(text), true; }},
+    OptionRow{"beside", nullptr, metaOnly, "write to FILE.meta.json, where hosts look for it",
+              [](Options& options, const char*) { return options.beside = true; }},
+    OptionRow{"pdl", "N", parsers, "the number of the job's language; default: -1, which finds out",
+              [](Options& options, const char* text) { return readNumber(text, options.pdl); }},
+    OptionRow{"no-collect", nullptr, parsers,
+              "leave counts, paper, duplex, finishing and toner saving out of the record",
+              [](Options& options, const char*) { return !(options.collectJobInfo = false); }},
+    OptionRow{"refuse-restricted", nullptr, parsers, "fail for an encrypted or malformed PDF",
+              [](Options& options, const char*) { return !(options.allowRestrictedPdf = false); }},
+    OptionRow{"no-worker", nullptr, parsers, "ask no worker process for what the job does not tell",
+              [](Options&, const char*) { return true; }},
+    OptionRow{"config", "FILE", parsers, "names of papers; default: ParserConfig/config.ini beside the tool",
+              [](Options& options, const char* text) { return options.config.emplace(text), true; }},
+    OptionRow{"log", "LEVEL", parsers, "show log messages of level 0 to LEVEL on standard error",
+              [](Options& options, const char* text) { return readLevel(text, options.logLevel); }},
+    OptionRow{"from-meta", "META", parsers, "load the job from this metadata; FILE still gives the bytes",
+              [](Options& options, const char* text) { return options.metadata.emplace(text), true; }},
+    OptionRow{"help", nullptr, everybody, "this text", nullptr},
+};
+
+/// What getopt_long gives for the row; above all letters and its own codes.
+constexpr int firstCode = 256;
+constexpr int codeOfArgument = 1;
+
+std::string withDashes(const OptionRow& row)
+{
+    return (std::string_view(row.name).size() == 1 ? "-" : "--") + std::string(row.name);
+}
+
+std::string helpOf(const SubcommandRow& subcommand)
+{
+    constexpr std::size_t helpColumn = 24;
+    std::string text = "Usage: jobparser " + std::string(subcommand.name) + ' ';
+    text.append(subcommand.usage).append("\n\n").append(subcommand.summary).append("\n");
+    for (const OptionRow& row : optionRows) {
+        if ((row.takers & taker(subcommand.subcommand)) == 0)
+            continue;
+        std::string line = "  " + withDashes(row);
+        if (row.argument != nullptr)
+            line.append(" ").append(row.argument);
+        line.resize(helpColumn, ' ');
+        text.append(line).append(row.help).append("\n");
+    }
+    return text;
+}
+
+Answer wrong(const std::string& message, std::string_view subcommand)
+{
+    const std::string name = subcommand.empty() ? "jobparser" : "jobparser " + std::string(subcommand);
+    return {"jobparser: " + message + "\nTry: " + name + " --help\n", true};
+}
+
+/// Reads the arguments of one subcommand, from its name on.
+class Reader
+{
+public:
+    explicit Reader(const SubcommandRow& subcommand);
+
+    std::variant<Options, Answer> read(int argc, char** argv);
+
+private:
+    std::optional<Answer> take(int code, char** argv);
+    std::optional<Answer> takeOption(const OptionRow& row);
+    std::optional<Answer> findContradiction() const;
+    Answer wrongHere(const std::string& message) const { return wrong(message, m_subcommand.name); }
+
+    const SubcommandRow& m_subcommand;
+    /// A dash gives files in the order in which they stand, whatever the environment says; a colon tells a
+    /// missing argument from an unknown option.
+    std::string m_letters = "-:";
+    std::array<option, optionRows.size() + 1> m_names{};
+    Options m_options;
+};
+
+Reader::Reader(const SubcommandRow& subcommand) : m_subcommand(subcommand)
+{
+    m_options.subcommand = subcommand.subcommand;
+    std::size_t count = 0;
+    int code = firstCode;
+    for (const OptionRow& row : optionRows) {
+        if ((row.takers & taker(subcommand.subcommand)) != 0) {
+            const int hasArgument = row.argument != nullptr ? required_argument : no_argument;
+            if (row.name[1] == '\0')
+                m_letters.append(row.name).append(row.argument != nullptr ? ":" : "");
+            else
+                m_names[count++] = {row.name, hasArgument, nullptr, code};
+        }
+        ++code;
+    }
+}
+
+std::variant<Options, Answer> Reader::read(int argc, char** argv)
+{
+    opterr = 0;
+    optind = 0; // Begins anew, with the letters read again.
+    for (int code = 0; (code = getopt_long(argc, argv, m_letters.c_str(), m_names.data(), nullptr)) != -1;)
+        if (const std::optional<Answer> answer = take(code, argv))
+            return *answer;
+    m_options.files.insert(m_options.files.end(), argv + optind, argv + argc);
+    if (const std::optional<Answer> answer = findContradiction())
+        return *answer;
+    return m_options;
+}
+
+std::optional<Answer> Reader::take(int code, char** argv)
+{
+    if (code == codeOfArgument) {
+        m_options.files.emplace_back(optarg);
+        return std::nullopt;
+    }
+    if (code == ':')
+        return wrongHere(std::string(argv[optind - 1]) + " needs something behind it");
+    if (code == '?') {
+        const bool isLetter = optopt > 0 && optopt < firstCode; // It may stand among others.
+        const std::string found = isLetter ? std::string("-") + static_cast<char>(optopt) : argv[optind - 1];
+        return wrongHere("There is no such option: " + found);
+    }
+    if (code >= firstCode)
+        return takeOption(optionRows[static_cast<std::size_t>(code - firstCode)]);
+    for (const OptionRow& row : optionRows)
+        if (row.name[0] == code && row.name[1] == '\0')
+            return takeOption(row);
+    return std::nullopt;
+}
+
+std::optional<Answer> Reader::takeOption(const OptionRow& row)
+{
+    if (row.apply == nullptr)
+        return Answer{helpOf(m_subcommand), false};
+    if (!row.apply(m_options, optarg))
+        return wrongHere(withDashes(row) + " does not take " + optarg);
+    return std::nullopt;
+}
+
+std::optional<Answer> Reader::findContradiction() const
+{
+    if (m_options.files.empty())
+        return wrongHere("FILE is missing");
+    if (m_options.files.size() > 1 && m_options.subcommand != Subcommand::Info)
+        return wrongHere("One FILE only, not also " + m_options.files[1]);
+    if (m_options.beside && m_options.output)
+        return wrongHere("Either -o or --beside");
+    if (m_options.subcommand == Subcommand::Save && !m_options.output)
+        return wrongHere("-o is missing");
+    return std::nullopt;
+}
+
+} // namespace
+
+std::variant<Options, Answer> readCommandLine(int argc, char** argv)
+{
+    if (argc < 2)
+        return Answer{std::string(helpText), true};
+    const std::string_view first = argv[1];
+    for (const SubcommandRow& row : subcommandRows)
+        if (first == row.name)
+            return Reader(row).read(argc - 1, argv + 1);
+    if (argc == 2 && first == "--help")
+        return Answer{std::string(helpText), false};
+    if (argc == 2 && first == "--version")
+        return Answer{"jobparser " JOBPARSER_VERSION "\n", false};
+    return wrong("There is no subcommand " + std::string(first), {});
+}
+
+} // namespace JobParser::Tool

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace JobParser::Tool
+{
+
+enum class Subcommand { Info, Meta, Dump, Check, Save };
+
+/// What the command line asks for. The defaults are those of the options that are not given.
+struct Options {
+    Subcommand subcommand = Subcommand::Info;
+    std::vector<std::string> files;    ///< At least one; exactly one but for Info.
+    int pdl = -1;                      ///< The number of a Pdl.
+    bool collectJobInfo = true;        ///< As in Parser::ParseOptions.
+    bool allowRestrictedPdf = true;    ///< As in Parser::ParseOptions.
+    bool beside = false;               ///< Write the metadata where Job looks for it.
+    std::optional<std::string> output; ///< Where the output goes instead of standard output.
+    std::optional<std::string> config; ///< The configuration file to use instead of the one beside the tool.
+    std::optional<std::string> metadata; ///< Where to load the job from instead of parsing it.
+    std::optional<int> logLevel;         ///< The least important level to show; no log if absent.
+};
+
+/// A command line that is answered with a text: help, the version, or what is wrong with it.
+struct Answer {
+    std::string text; ///< Whole lines.
+    bool isError;     ///< The command line is wrong.
+};
+
+/// Reads the arguments as main gets them. Not to be called on two threads at once.
+std::variant<Options, Answer> readCommandLine(int argc, char** argv);
+
+} // namespace JobParser::Tool

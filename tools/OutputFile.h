@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Torv/IO/FileStream.h"
+
+namespace JobParser::Tool
+{
+
+/// A file that appears at its path only when it is whole; until then the old one stays and can be read.
+///
+/// It is written under another name in the same folder and renamed. What stands at the path and is no regular
+/// file, such as a device or a pipe, is written straight, and so is what standard output writes to already.
+/// A link stays, and the file that it names is replaced. A replaced file passes on its permissions.
+class OutputFile
+{
+public:
+    /// Throws Torv::GenericException, with the path and the system's reason, if nothing can be written there.
+    explicit OutputFile(const std::string& path);
+    /// Removes what was written, unless it was committed or went straight to a device or a pipe.
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    /// For writing until commit.
+    Torv::IO::IStream& stream() { return *m_stream; }
+
+    /// Puts the file in its place, to be called once. Throws Torv::GenericException if a byte got lost.
+    void commit();
+
+private:
+    [[noreturn]] void fail(int error) const;
+    void openTemporary(const std::string& folder, unsigned mode, bool replaces);
+    void closeDescriptor();
+
+    std::string m_path;      ///< With links followed.
+    std::string m_temporary; ///< Empty if the path is written straight.
+    int m_descriptor = -1;
+    std::optional<Torv::IO::FileStream> m_stream;
+};
+
+} // namespace JobParser::Tool

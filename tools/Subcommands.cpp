@@ -1,0 +1,200 @@
+#include "tools/Subcommands.h"
+
+#include <exception>
+#include <filesystem>
+#include <memory>
+#include <unistd.h>
+
+#include "JobParser/Job.h"
+#include "JobParser/JobFile.h"
+#include "JobParser/Library.h"
+#include "JobParser/Parser.h"
+#include "JobParser/paper/PaperSizeManager.h"
+#include "tools/OutputFile.h"
+#include "tools/StandardErrorLog.h"
+#include "tools/StandardStreams.h"
+
+#include "Torv/Data/IniFile.h"
+#include "Torv/GenericException.h"
+#include "Torv/IO/FileStream.h"
+
+namespace JobParser::Tool
+{
+namespace
+{
+
+/// A job with the file that its chunks refer to.
+struct LoadedJob {
+    JobFile file;
+    std::shared_ptr<Job> job;
+    bool parsed = true;
+};
+
+/// Writes the messages of Job::dump as lines.
+class DumpLog : public Torv::Log::ILog
+{
+public:
+    explicit DumpLog(Torv::IO::IStream& stream) : m_stream(stream) {}
+
+    bool isEnabled(int level) const override { return level == Torv::Log::LevelDump; }
+    void write(int level, const std::string& message, const std::string&, bool, const char*, int) override
+    {
+        if (isEnabled(level))
+            writeText(m_stream, message + '\n');
+    }
+
+private:
+    Torv::IO::IStream& m_stream;
+};
+
+void reportFailure(const std::string& file, const std::exception& error)
+{
+    printError("jobparser: " + file + ": " + error.what());
+}
+
+std::filesystem::path toolFolder()
+{
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path();
+}
+
+void initLibrary()
+{
+    Library::Options options;
+    options.directory = toolFolder().string() + "/";
+    options.processCount = 0;
+    Library::init(options);
+}
+
+void configure(PaperSizeManager& papers, const std::optional<std::string>& config)
+{
+    const std::string path = config ? *config : (toolFolder() / "ParserConfig" / "config.ini").string();
+    Torv::Data::IniFile ini;
+    if (ini.open(path))
+        papers.loadConfig(ini);
+    else if (config)
+        throw Torv::GenericException("Cannot read the configuration | path=" + path);
+}
+
+void parse(LoadedJob& loaded, const Options& options)
+{
+    PaperSizeManager papers;
+    configure(papers, options.config);
+    const auto log = std::make_shared<StandardErrorLog>(options.logLevel.value_or(-1));
+    Parser parser(log, papers, false);
+    const Parser::ParseOptions parseOptions{static_cast<Pdl>(options.pdl), options.collectJobInfo,
+                                            options.allowRestrictedPdf};
+    const std::shared_ptr<JobParserResult> result = parser.parse(loaded.file, parseOptions);
+    loaded.job = result->job;
+    loaded.parsed = result->parsed;
+    if (!loaded.parsed)
+        log->showHeldBackErrors();
+}
+
+void load(LoadedJob& loaded, const Options& options)
+{
+    initLibrary();
+    loaded.file.open(options.files.front());
+    if (options.metadata)
+        loaded.job = std::make_shared<Job>(*options.metadata);
+    else
+        parse(loaded, options);
+}
+
+/// Calls `write` with the stream that the options name, and makes sure that all got there.
+template <typename Write> void writeOutput(const std::optional<std::string>& path, Write write)
+{
+    if (path) {
+        OutputFile output(*path);
+        write(output.stream());
+        output.commit();
+    } else {
+        Torv::IO::FileStream output(STDOUT_FILENO, "standard output");
+        write(output);
+        output.flush();
+    }
+}
+
+/// Where the job's metadata belongs. Throws if that is the job itself.
+std::string placeBeside(const std::string& file)
+{
+    std::string place = Job::getMedataFile(file);
+    std::error_code error;
+    if (place == file || std::filesystem::equivalent(place, file, error))
+        throw Torv::GenericException("The metadata would replace the job | path=" + place);
+    return place;
+}
+
+void writeMetadata(const LoadedJob& loaded, const Options& options)
+{
+    const std::optional<std::string> place =
+        options.beside ? std::optional(placeBeside(options.files.front())) : options.output;
+    writeOutput(place, [&](Torv::IO::IStream& stream) {
+        writeText(stream, loaded.job->toJson());
+        writeText(stream, "\n");
+    });
+}
+
+void check(LoadedJob& loaded, Torv::IO::IStream& stream)
+{
+    loaded.job->checkChunkSizes(loaded.file);
+    writeText(stream, "ok: " + std::to_string(loaded.job->chunks.size()) + " chunks, " +
+                          std::to_string(loaded.job->size()) + " bytes\n");
+}
+
+void writeResult(LoadedJob& loaded, const Options& options)
+{
+    switch (options.subcommand) {
+    case Subcommand::Info: break; // Has no loaded job.
+    case Subcommand::Meta: writeMetadata(loaded, options); break;
+    case Subcommand::Dump:
+        writeOutput(std::nullopt, [&](Torv::IO::IStream& stream) {
+            DumpLog log(stream);
+            loaded.job->dump(log);
+        });
+        break;
+    case Subcommand::Check:
+        writeOutput(std::nullopt, [&](Torv::IO::IStream& stream) { check(loaded, stream); });
+        break;
+    case Subcommand::Save:
+        writeOutput(options.output,
+                    [&](Torv::IO::IStream& stream) { loaded.job->save(loaded.file, stream); });
+        break;
+    }
+}
+
+ExitStatus runOnJob(const Options& options)
+{
+    try {
+        LoadedJob loaded;
+        load(loaded, options);
+        writeResult(loaded, options);
+        return loaded.parsed ? StatusDone : StatusNotParsed;
+    } catch (const std::exception& error) {
+        reportFailure(options.files.front(), error);
+        return StatusFailed;
+    }
+}
+
+ExitStatus runInfo(const Options& options)
+{
+    ExitStatus status = StatusDone;
+    for (const std::string& file : options.files) {
+        try {
+            const std::string line = parseJobInfo(file) + '\n';
+            writeOutput(std::nullopt, [&](Torv::IO::IStream& stream) { writeText(stream, line); });
+        } catch (const std::exception& error) {
+            reportFailure(file, error);
+            status = StatusFailed;
+        }
+    }
+    return status;
+}
+
+} // namespace
+
+ExitStatus run(const Options& options)
+{
+    return options.subcommand == Subcommand::Info ? runInfo(options) : runOnJob(options);
+}
+
+} // namespace JobParser::Tool
