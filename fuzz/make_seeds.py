@@ -1,0 +1,160 @@
+#!/usr/bin/env python3
+"""Writes the seeds of the fuzz targets that are easier written than collected, each named by what it shows.
+
+Files that stand in the folders besides, such as inputs that a fuzzer found, stay as they are.
+"""
+
+import pathlib
+
+UEL = b"\x1b%-12345X"
+HERE = pathlib.Path(__file__).resolve().parent
+
+
+def pjl(*lines, end=b"\r\n"):
+    return UEL + b"".join(b"@PJL " + line + end for line in lines)
+
+
+def chunk(name, number, dto="{}"):
+    """A chunk; the `E` at the end of each name of a class is part of it."""
+    return '{"class":"%s","id":%s,"dto":%s}' % (name, number, dto)
+
+
+def metadata(*chunks, info="{}"):
+    return ('{"jobInfo":%s,"chunks":[%s]}' % (info, ",".join(chunks))).encode()
+
+
+JOBS = {
+    "empty": b"",
+    "unknown_bytes": bytes(range(256)),
+    "uel_alone": UEL,
+    "uel_cut_short": UEL[:5],
+    "uel_inside_data": b"data" + UEL + b"data",
+    "pjl_then_pcl": pjl(b"SET COPIES=2", b"ENTER LANGUAGE=PCL") + b"\x1bEtext\x0c\x1bE" + UEL,
+    "pjl_then_postscript": pjl(b"SET DUPLEX=ON", b"SET BINDING=SHORTEDGE", b"ENTER LANGUAGE=POSTSCRIPT")
+    + b"%!PS\n%%Pages: 1\nshowpage\n" + UEL,
+    "pjl_then_pclxl": pjl(b"ENTER LANGUAGE=PCLXL") + b") HP-PCL XL;2;0\n\xd1" + UEL,
+    "pjl_then_pdf": pjl(b"ENTER LANGUAGE = PDF", end=b"\n") + b"%PDF-1.4\n%%EOF\n" + UEL,
+    "pjl_language_unknown": pjl(b"ENTER LANGUAGE=NOBODY") + b"body",
+    "pjl_enter_without_language": pjl(b"ENTER PCL"),
+    "pjl_then_escape": pjl(b"SET COPIES=2") + b"\x1bE",
+    "pjl_then_prescribe": pjl(b"SET KTRAPPING=2") + b"!R! COPY 2;EXIT;" + UEL,
+    "pjl_blocks_in_a_row": pjl(b"JOB NAME=\"a\"") + pjl(b"SET PAPER=A4") + pjl(b"EOJ") + UEL,
+    "pjl_without_closing_uel": pjl(b"EOJ"),
+    "pjl_text_between_lines": pjl(b"SET COPIES=3") + b"lost\n@PJL EOJ\r\n" + UEL,
+    "pjl_two_commands_in_a_line": pjl(b"COMMENT A @PJL SET QTY=2"),
+    "pjl_at_sign_in_a_line": pjl(b"COMMENT 5@6"),
+    "pjl_empty_line": UEL + b"@PJL\r\n",
+    "pjl_small_letters": UEL + b"@pjl set copies=2\r\n",
+    "pjl_line_of_1024_bytes": UEL + b"@PJL" + b"x" * 1024 + b"\r\n",
+    "pjl_line_of_1025_bytes": UEL + b"@PJL" + b"x" * 1025 + b"\r\n",
+    "pjl_carriage_return_alone": UEL + b"@PJL SET COPIES=2\rX",
+    "pjl_control_byte": UEL + b"@PJL SET COPIES=2\x01\n",
+    "pjl_cut_in_a_line": UEL + b"@PJL SET COP",
+    "pjl_bytes_above_ascii": pjl(b"SET JOBNAME=\"\xfcber \xff\xfe\"", b"JOB NAME=\"Pr\xc3\xbcfung\""),
+    "pjl_nul_in_a_line": UEL + b"@PJL COMMENT a\x00b\r\n",
+    "comment_info": pjl(b"COMMENT \"INFO:DUPLEX ON;QTY 3\"", b"SET BINDING=LONGEDGE"),
+    "comment_info_quantity_is_no_number": pjl(b"COMMENT \"INFO:QTY x\""),
+    "comment_info_quantity_too_great": pjl(b"COMMENT \"INFO:QTY 99999999999\""),
+    "comment_brands": pjl(b"COMMENT Lexmark", b"COMMENT TOSHIBA", b"COMMENT \"DriverName=Samsung",
+                          b"COMMENT \"HP Universal x"),
+    "ticket_copies_and_sides": pjl(b"XCPT <copies syntax=\"integer\">4</copies>",
+                                   b"XCPT <sides syntax=\"keyword\">two-sided-long-edge</sides>"),
+    "ticket_copies_are_no_number": pjl(b"XCPT <copies>x</copies>"),
+    "copies_beyond_all_limits": pjl(b"SET COPIES=20000", b"SET QTY=-1", b"SET COPIES=99999999999"),
+    "finishing_of_options": pjl(b"SET PROCESSINGTYPE=\"STAPLING\"", b"SET PROCESSINGOPTION=\"LEFT_1PT\"",
+                                b"SET PROCESSINGTYPE=\"PUNCH\"", b"SET PROCESSINGOPTION=\"RIGHT_4PT\"",
+                                b"SET PROCESSINGTYPE=\"BOOKLET_MAKER\"", b"SET PROCESSINGOPTION=\"X\""),
+    "finishing_option_without_quotes": pjl(b"SET PROCESSINGTYPE=\"PUNCH\"", b"SET PROCESSINGOPTION=LEFT"),
+    "finishing_words": pjl(b"SET FINISH=STAPLE", b"SET STAPLE=RIGHTTOP", b"SET PUNCHHOLE=US3",
+                           b"SET KFEEDEDGE=SHORTEDGE", b"SET KPUNCHOPTION=MAIN", b"SET DRIVERNAME=\"SHARP\"",
+                           b"SET STAPLEOPTION=ONE", b"SET OKIPUNCH=1"),
+    "modes": pjl(b"SET KCOLORMODE=MONO", b"SET ECOPRINT=ON", b"SET DATAMODE=GRAYSCALE", b"SET PLANESINUSE=1",
+                 b"SET ECONOMODE=ON", b"SET HOSTPRINTERNAME=\"RICOH\"", b"SET LPARM:PDF KMULTIPAGE=FOUR"),
+    "signature_pcl": b"\x1bE\x1b&l2A\x1b&l1S\x1b*b3Wabctext\x0c\x1bE",
+    "signature_postscript": b"%!PS-Adobe-3.0\n%%Pages: 2\n%%BeginFeature: *Duplex None\n%%EOF\n",
+    "signature_pdf": b"%PDF-1.4\n1 0 obj\n<</Type/Catalog/Pages 2 0 R>>\nendobj\ntrailer <</Root 1 0 R>>\n",
+    "signature_jpeg": b"\xff\xd8\xff\xe0\x00\x10JFIF\x00\xff\xd9",
+    "signature_prescribe": b"!R! COPY 2;UNIT C;EXIT;",
+    "signature_pclxl": b") HP-PCL XL;2;0;Comment\n\xc0\x00\xf8\x86\x41\x42",
+    "signature_xps": b"PK\x03\x04\x14\x00\x00\x00\x00\x00" + bytes(20) + b"PK\x05\x06" + bytes(18),
+    "signature_urf": b"UNIRAST\x00\x00\x00\x00\x01",
+}
+
+METADATA = {
+    "empty_job": metadata(),
+    "every_chunk": metadata(
+        chunk("UelE", 2), chunk("PjlCmdE", 3, '{"cmd":"SET","param":"COPIES=2"}'),
+        chunk("PjlCmdBase64StringE", 4, '{"cmd":"JOB","param":"TkFNRT0iYSI="}'), chunk("FormFeedE", 5),
+        chunk("FirstPageStartE", 6), chunk("RawDataE", 7, '{"offset":0,"size":9}'),
+        chunk("TextE", 8, '{"text":"ab"}')),
+    "every_fact": metadata(info='{"version":1,"pdl":2,"copies":3,"duplex":1,"monoCount":1,"grayCount":2,'
+                                '"colorCount":3,"paper":5,"pjl":true,"forceMono":true,"ecoMode":true,'
+                                '"stapling":101,"punching":3,"orientation":1,"pagesPerSheet":2,'
+                                '"originalBrand":3,"fonts":["a","b"]}'),
+    "full_class_name": metadata(chunk("JobParser::ChunkUelE", 2)),
+    "full_class_name_without_chunk": metadata(chunk("JobParser::UelE", 2)),
+    "full_class_name_of_no_tag": metadata(chunk("JobParser::ChunkUel", 2)),
+    "unknown_class": metadata(chunk("Nobody", 2)),
+    "reference": metadata(chunk("UelE", 2), "2", "2"),
+    "reference_to_nobody": metadata("7"),
+    "reference_beyond_32_bits": metadata(chunk("UelE", 2), "4294967298"),
+    "same_id_twice": metadata(chunk("UelE", 2), chunk("FormFeedE", 2), "2"),
+    "id_below_zero": metadata(chunk("UelE", -1), "-1"),
+    "null_chunk": metadata("null", chunk("UelE", 2)),
+    "chunk_is_a_string": metadata('"Uel"'),
+    "range_of_negative_size": metadata(chunk("RawDataE", 2, '{"offset":0,"size":-1}')),
+    "range_before_the_job": metadata(chunk("RawDataE", 2, '{"offset":-1,"size":1}')),
+    "range_behind_the_job": metadata(chunk("RawDataE", 2, '{"offset":4611686018427387904,"size":1}')),
+    "range_over_the_end": metadata(chunk("RawDataE", 2, '{"offset":30,"size":9223372036854775807}')),
+    "sizes_that_overflow": metadata(
+        chunk("RawDataE", 2, '{"offset":0,"size":9223372036854775807}'), "2", "2"),
+    "sizes_as_reals": metadata(chunk("RawDataE", 2, '{"offset":0.5,"size":1e300}')),
+    "chunks_are_an_object": b'{"jobInfo":{},"chunks":{}}',
+    "without_record": b'{"chunks":[]}',
+    "record_is_null": b'{"jobInfo":null,"chunks":[]}',
+    "record_of_strings": metadata(info='{"copies":"3"}'),
+    "numbers_without_names": metadata(info='{"pdl":77,"duplex":-5,"paper":99,"stapling":42,"orientation":9}'),
+    "text_of_any_bytes": metadata(chunk("TextE", 2, '{"text":"\\u0000\\u001b\\u00ff\\ud83d\\ude00"}')),
+    "command_of_any_bytes": metadata(chunk("PjlCmdE", 2, '{"cmd":"\\u0000","param":"\\r\\n\\ufffd"}')),
+    "base64_that_is_none": metadata(chunk("PjlCmdBase64StringE", 2, '{"cmd":"A","param":"*"}')),
+    "command_empty": metadata(chunk("PjlCmdE", 2, '{"cmd":"","param":"COPIES=2"}')),
+}
+
+JSON = {
+    "literals": b'[null,true,false]',
+    "integers": b'[0,-1,2147483647,2147483648,-2147483649,9223372036854775807,18446744073709551615]',
+    "integer_beyond_64_bits": b'18446744073709551616',
+    "reals": b'[0.0,-0.0,1e308,5e-324,2.0,1.5E+3]',
+    "real_beyond_all_limits": b'1e999',
+    "strings": b'["","a","\\"\\\\\\/\\b\\f\\n\\r\\t","\\u0000","\\u001f","\\u007f","\\u00fc"]',
+    "surrogates": b'["\\ud83d\\ude00"]',
+    "surrogate_alone": b'["\\ud83d"]',
+    "surrogates_reversed": b'["\\ude00\\ud83d"]',
+    "invalid_utf8": b'["\xff\xfe"]',
+    "overlong_utf8": b'["\xc0\xaf"]',
+    "bytes_above_ascii": bytes(range(128, 256)),
+    "private_use": "[\"\uf700\uf780\uf7ff\ue000\U0010ffff\U000f0000\"]".encode(),
+    "key_twice": b'{"a":1,"a":[2]}',
+    "key_with_nul": b'{"a\\u0000b":1,"a":2}',
+    "nesting_of_64": b"[" * 64 + b"]" * 64,
+    "nesting_of_65": b"[" * 65 + b"]" * 65,
+    "nesting_unclosed": b"[" * 4000,
+    "blanks": b' \t\r\n{ "a" : [ 1 , 2 ] } ',
+    "byte_order_mark": b'\xef\xbb\xbf[]',
+    "text_behind_the_value": b'[] []',
+    "empty": b"",
+    "cut_in_a_string": b'["abc',
+    "comma_at_the_end": b'[1,]',
+}
+
+
+def main():
+    for target, seeds in {"JobFuzz": JOBS, "MetadataFuzz": METADATA, "JsonFuzz": JSON}.items():
+        folder = HERE / (target + "_corpus")
+        folder.mkdir(exist_ok=True)
+        for name, content in seeds.items():
+            (folder / name).write_bytes(content)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,337 @@
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "JobParser/Job.h"
+#include "JobParser/JobFile.h"
+#include "JobParser/Library.h"
+#include "JobParser/Parser.h"
+#include "tests/corpus/PjlRewriting.h"
+#include "tests/corpus/RealJobs.h"
+#include "tests/corpus/RecordFacts.h"
+
+#include "Torv/IO/StringStream.h"
+#include "Torv/Json/Json.h"
+#include "Torv/Log/LogNull.h"
+#include "Torv/Text.h"
+
+namespace
+{
+
+// The jobs whose PJL is not written as saving writes it, with the bytes by which that changes their length.
+// All other jobs come back byte for byte.
+struct ChangedJob {
+    std::string_view file;
+    int growth;
+    std::string_view why;
+};
+
+constexpr std::array<ChangedJob, 33> changedJobs{{
+    {"brlaser-hl2270-econo-copies2.prn", 14, "14 lines gain a CR"},
+    {"cups-designjet750-hprtl.prn", 10, "one line gains a CR; the PJL that ends the job is closed"},
+    {"foomatic-genpcl6-duplex-short.pxl", 3, "3 lines gain a CR"},
+    {"foomatic-hp2100-ljet4.pcl", 41,
+     "7 lines gain a CR; ENTER is added, and the PJL that ends the job is closed"},
+    {"fujixerox-cm305-pdf-blackwhite.pjl.pdf", 14, "15 lines gain a CR, one loses a blank"},
+    {"generic-pdf-printer-title-utf8.pjl.pdf", 18, "19 lines gain a CR, one loses a blank"},
+    {"gs-pxlcolor-mixed5.pxl", 3, "3 lines gain a CR"},
+    {"gs-pxlmono-land2-dduplextrue.pxl", 3, "3 lines gain a CR"},
+    {"gs-pxlmono-mixsize.pxl", 3, "3 lines gain a CR"},
+    {"hp-cm3530-pdf-stapleoption-two.pjl.pdf", 31, "33 lines gain a CR, two lose a blank"},
+    {"hp-color-laserjet-e87750-ps-black-only.ps", 10, "10 lines gain a CR"},
+    {"hp-color-laserjet-e87750-ps-staple-left-punch3.ps", 10, "10 lines gain a CR"},
+    {"hp-laserjet-4050-hpcups-text.pcl", 5, "5 lines gain a CR"},
+    {"hp-laserjet-m806-ps-2staplesleft.ps", 9, "9 lines gain a CR"},
+    {"hp-laserjet-m806-ps-3holepunchtop.ps", 9, "9 lines gain a CR"},
+    {"hp-laserjet-m806-ps-pin-print.ps", 12, "12 lines gain a CR"},
+    {"hp-laserjet-p3010-ps-title-quotes.ps", 10,
+     "9 lines gain a CR; a title that holds a command ends its line there"},
+    {"hp-laserjet-p3010-ps-title-utf8.ps", 9, "9 lines gain a CR"},
+    {"kyocera-km2030-ps-finish-staple.ps", 10, "10 lines gain a CR"},
+    {"kyocera-taskalfa500ci-ps-prescribe-all-levels.ps", 8, "8 lines gain a CR"},
+    {"kyocera-taskalfa500ci-ps-staple-upper-right-punch2.ps", 8, "8 lines gain a CR"},
+    {"lexmark-cx860-ps-staple-topleft-punch4.ps", 6, "7 lines gain a CR, one loses a blank"},
+    {"oki-c9500-ps-staple-punch.ps", 12,
+     "4 lines gain a CR, one loses a blank; the PJL that ends the job is closed"},
+    {"pcl-dvilj4.pcl", 3, "3 lines gain a CR"},
+    {"ps-pstops-2up-kyocera.ps", 8, "8 lines gain a CR"},
+    {"ricoh-mpc3002-pdf-copies3-a3.pjl.pdf", 22, "23 lines gain a CR, one loses a blank"},
+    {"ricoh-mpc3002-pdf-punch-leftus3.pjl.pdf", 23, "24 lines gain a CR, one loses a blank"},
+    {"ricoh-mpc3002-pdf-staple-centerw.pjl.pdf", 21, "22 lines gain a CR, one loses a blank"},
+    {"ricoh-mpc3002-pxl-gray-short.pxl", 19, "19 lines gain a CR"},
+    {"ricoh-mpc3002-pxl-staple-upperleft.pxl", 18, "18 lines gain a CR"},
+    {"samsung-x703-ps-staple2-punch4-econo.ps", 6, "6 of 29 lines gain a CR"},
+    {"sharp-arc172-ps-jcl-staple-punch.ps", 15, "16 lines gain a CR, one loses a blank"},
+    {"splix-samsung-clp300-qpdl.prn", 13, "13 lines gain a CR"},
+}};
+
+// What saving changes besides the form of lines: `before`, as it stands in the job with its lines rewritten,
+// becomes `after`.
+struct Edit {
+    std::string_view file;
+    std::string_view before;
+    std::string_view after;
+    std::string_view why;
+};
+
+constexpr std::array<Edit, 5> edits{{
+    {"cups-designjet750-hprtl.prn", "@PJL EOJ\r\n\x1B%-12345X@PJL\r\n",
+     "@PJL EOJ\r\n\x1B%-12345X@PJL\r\n\x1B%-12345X", "the job ends in PJL, which is closed by a UEL"},
+    {"foomatic-hp2100-ljet4.pcl", "@PJL SET MANUALFEED=OFF\r\n",
+     "@PJL SET MANUALFEED=OFF\r\n@PJL ENTER LANGUAGE=PCL\r\n", "a PCL body begins unannounced"},
+    {"foomatic-hp2100-ljet4.pcl", "@PJL RESET\r\n", "@PJL RESET\r\n\x1B%-12345X",
+     "the job ends in PJL, which is closed by a UEL"},
+    {"hp-laserjet-p3010-ps-title-quotes.ps", "name; @PJL SET COPIES=9 (x)\"\r\n",
+     "name;\r\n@PJL SET COPIES=9 (x)\"\r\n", "a command begins wherever `@PJL ` stands, in a title too"},
+    {"oki-c9500-ps-staple-punch.ps", "@PJL RDYMSG DISPLAY = \"\"\r\n@PJL EOJ\r\n",
+     "@PJL RDYMSG DISPLAY = \"\"\r\n@PJL EOJ\r\n\x1B%-12345X",
+     "the job ends in PJL, which is closed by a UEL"},
+}};
+
+// Facts that records report otherwise than they are. A language that is read better loses its rows here.
+struct Difference {
+    std::string_view file;
+    std::string_view fact;
+    std::string_view reported;
+    std::string_view why;
+};
+
+constexpr std::array<Difference, 13> differences{{
+    {"brlaser-hl2270-econo-copies2.prn", "copies", "1", "told in the body, in PCL"},
+    {"pcl-groff-lj4-duplex-short-copies3-landscape.pcl", "copies", "1", "told in the body, in PCL"},
+    {"ps-a2ps-duplex.ps", "copies", "1", "told in the body, in PostScript"},
+    {"cups-designjet750-hprtl.prn", "pdl", "", "HPGL2 is no language of ours"},
+    {"splix-samsung-clp300-qpdl.prn", "pdl", "", "QPDL is no language of ours"},
+    {"cups-epson9-escp.escp", "pdl", "", "ESC/P has no signature"},
+    {"gs-cdj550.pcl", "pdl", "", "begins with another escape than ESC E"},
+    {"pcl-plotutils-graph-pcl.pcl", "pdl", "", "begins with another escape than ESC E"},
+    {"jpeg-cjpeg-rgb-adobe-marker.jpg", "pdl", "", "only the JFIF form is recognised"},
+    {"jpeg-imagemagick-exif-first.jpg", "pdl", "", "only the JFIF form is recognised"},
+    {"oce-varioprint2100-ps-ticket-staple.ps", "pdl", "", "a ticket of the maker stands before %!PS"},
+    {"public-qpdf-leading-junk.pdf", "pdl", "", "the signature does not stand at the start"},
+    {"ricoh-mpc3002-pdf-staple-centerw.pjl.pdf", "staple", "two", "a booklet counts as two staples"},
+}};
+
+// What the PJL of each job tells in a way that is read, so that its record has to know it.
+struct ToldFacts {
+    std::string_view file;
+    std::string_view facts;
+};
+
+constexpr std::array<ToldFacts, 33> toldByPjl{{
+    {"brlaser-hl2270-econo-copies2.prn", "pdl paper ecoMode"},
+    {"cups-designjet750-hprtl.prn", "pdl"},
+    {"foomatic-genpcl6-duplex-short.pxl", "pdl brand forceMono"},
+    {"foomatic-hp2100-ljet4.pcl", "pdl copies ecoMode"},
+    {"fujixerox-cm305-pdf-blackwhite.pjl.pdf", "pdl brand duplex paper forceMono ecoMode"},
+    {"generic-pdf-printer-title-utf8.pjl.pdf", "pdl brand paper forceMono"},
+    {"gs-pxlcolor-mixed5.pxl", "pdl brand forceMono"},
+    {"gs-pxlmono-land2-dduplextrue.pxl", "pdl brand forceMono"},
+    {"gs-pxlmono-mixsize.pxl", "pdl brand forceMono"},
+    {"hp-cm3530-pdf-stapleoption-two.pjl.pdf", "pdl paper forceMono stapled staple punched"},
+    {"hp-color-laserjet-e87750-ps-black-only.ps", "pdl"},
+    {"hp-color-laserjet-e87750-ps-staple-left-punch3.ps", "pdl"},
+    {"hp-laserjet-4050-hpcups-text.pcl", "pdl"},
+    {"hp-laserjet-m806-ps-2staplesleft.ps", "pdl"},
+    {"hp-laserjet-m806-ps-3holepunchtop.ps", "pdl"},
+    {"hp-laserjet-m806-ps-pin-print.ps", "pdl"},
+    {"hp-laserjet-p3010-ps-title-quotes.ps", "pdl"},
+    {"hp-laserjet-p3010-ps-title-utf8.ps", "pdl"},
+    {"kyocera-km2030-ps-finish-staple.ps", "pdl ecoMode stapled"},
+    {"kyocera-taskalfa500ci-ps-prescribe-all-levels.ps", "pdl"},
+    {"kyocera-taskalfa500ci-ps-staple-upper-right-punch2.ps", "pdl"},
+    {"lexmark-cx860-ps-staple-topleft-punch4.ps", "pdl"},
+    {"oki-c9500-ps-staple-punch.ps", "pdl"},
+    {"pcl-dvilj4.pcl", "pdl"},
+    {"ps-pstops-2up-kyocera.ps", "pdl"},
+    {"ricoh-mpc3002-pdf-copies3-a3.pjl.pdf", "pdl brand forceMono ecoMode stapled punched copies"},
+    {"ricoh-mpc3002-pdf-punch-leftus3.pjl.pdf", "pdl brand forceMono ecoMode stapled punched duplex"},
+    {"ricoh-mpc3002-pdf-staple-centerw.pjl.pdf", "pdl brand forceMono ecoMode stapled punched staple"},
+    {"ricoh-mpc3002-pxl-gray-short.pxl", "pdl brand forceMono ecoMode stapled punched copies duplex"},
+    {"ricoh-mpc3002-pxl-staple-upperleft.pxl", "pdl brand forceMono ecoMode stapled punched copies staple"},
+    {"samsung-x703-ps-staple2-punch4-econo.ps", "pdl ecoMode stapled punched"},
+    {"sharp-arc172-ps-jcl-staple-punch.ps", "pdl punched"},
+    {"splix-samsung-clp300-qpdl.prn", "pdl"},
+}};
+
+struct ParsedJob {
+    const Corpus::RealJob& real;
+    JobParser::JobFile& file;
+    const JobParser::JobParserResult& result;
+};
+
+std::string saved(const JobParser::Job& job, JobParser::JobFile& file)
+{
+    Torv::IO::StringStream stream;
+    job.save(file, stream);
+    return stream.str();
+}
+
+auto findDifference(std::string_view file, std::string_view fact)
+{
+    return std::ranges::find_if(differences,
+                                [&](const Difference& row) { return row.file == file && row.fact == fact; });
+}
+
+// A difference of two whole jobs is no message to print.
+std::size_t firstDifference(std::string_view a, std::string_view b)
+{
+    return static_cast<std::size_t>(std::ranges::mismatch(a, b).in1 - a.begin());
+}
+
+std::string withKnownEdits(const std::string& name, std::string job)
+{
+    for (const auto& [file, before, after, why] : edits) {
+        if (file != name)
+            continue;
+        const std::size_t place = job.find(before);
+        EXPECT_NE(place, std::string::npos) << "to be changed: " << before;
+        if (place != std::string::npos)
+            job.replace(place, before.size(), after);
+    }
+    return job;
+}
+
+class RealJobs : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (Corpus::folder().empty())
+            GTEST_SKIP() << "There are no jobs: JOBPARSER_CORPUS names no folder with a manifest.jsonl";
+        JobParser::Library::init({});
+    }
+
+    static void forEach(const std::function<void(const ParsedJob&)>& check)
+    {
+        JobParser::Parser parser(std::make_shared<Torv::Log::LogNull>(), JobParser::paperList, false);
+        for (const Corpus::RealJob& real : Corpus::jobs()) {
+            SCOPED_TRACE(real.name);
+            JobParser::JobFile file;
+            file.open(real.path);
+            const auto result = parser.parse(file, {JobParser::Pdl::Detect, true, true});
+            check({real, file, *result});
+        }
+    }
+};
+
+TEST_F(RealJobs, AreAllInTheListAndUnchanged)
+{
+    std::set<std::string> listed{"README.md", "manifest.jsonl"};
+    std::set<std::string> present;
+
+    for (const Corpus::RealJob& real : Corpus::jobs()) {
+        listed.insert(real.name);
+        EXPECT_EQ(static_cast<std::int64_t>(real.bytes.size()), real.size) << real.name;
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(Corpus::folder()))
+        present.insert(entry.path().filename().string());
+
+    EXPECT_EQ(present, listed);
+    EXPECT_GT(Corpus::jobs().size(), 0U);
+}
+
+TEST_F(RealJobs, Parse)
+{
+    forEach([](const ParsedJob& job) { EXPECT_TRUE(job.result.parsed); });
+}
+
+TEST_F(RealJobs, SaveAsTheyWereButForTheirPjlLines)
+{
+    forEach([](const ParsedJob& job) {
+        const std::string text = saved(*job.result.job, job.file);
+
+        const std::string expected = withKnownEdits(job.real.name, Corpus::withPjlRewritten(job.real.bytes));
+        EXPECT_TRUE(text == expected) << "at byte " << firstDifference(text, expected);
+        EXPECT_EQ(job.result.job->size(), static_cast<std::int64_t>(text.size()));
+    });
+}
+
+TEST_F(RealJobs, GrowOnlyByWhatTheirPjlLinesGainAndLose)
+{
+    std::set<std::string_view> changed;
+
+    forEach([&](const ParsedJob& job) {
+        const std::string text = saved(*job.result.job, job.file);
+
+        const auto row = std::ranges::find(changedJobs, job.real.name, &ChangedJob::file);
+        if (row == changedJobs.end()) {
+            EXPECT_TRUE(text == job.real.bytes) << "at byte " << firstDifference(text, job.real.bytes);
+            return;
+        }
+        changed.insert(row->file);
+        EXPECT_EQ(static_cast<int>(text.size()) - static_cast<int>(job.real.bytes.size()), row->growth);
+        EXPECT_FALSE(text == job.real.bytes);
+    });
+
+    EXPECT_EQ(changed.size(), changedJobs.size());
+}
+
+TEST_F(RealJobs, HaveChunksThatWriteAsManyBytesAsTheySay)
+{
+    forEach([](const ParsedJob& job) { EXPECT_NO_THROW(job.result.job->checkChunkSizes(job.file)); });
+}
+
+TEST_F(RealJobs, ComeBackFromTheirMetadata)
+{
+    forEach([](const ParsedJob& job) {
+        const std::string metadata = job.result.job->toJson();
+
+        const JobParser::Job again(Torv::Json::parse(metadata));
+
+        EXPECT_EQ(again.toJson(), metadata);
+        EXPECT_TRUE(saved(again, job.file) == saved(*job.result.job, job.file));
+    });
+}
+
+// Whatever a record says is either true or stands in the table, and nothing stands there without need.
+TEST_F(RealJobs, AreReportedAsTheyAre)
+{
+    std::set<std::pair<std::string, std::string>> differing;
+
+    forEach([&](const ParsedJob& job) {
+        const Corpus::Facts reported = Corpus::recordFacts(job.result.job->jobInfo);
+        for (const auto& [fact, truth] : Corpus::trueFacts(job.real.expect)) {
+            const auto said = reported.find(fact);
+            if (said == reported.end() || said->second == truth)
+                continue;
+            differing.emplace(job.real.name, fact);
+            const auto row = findDifference(job.real.name, fact);
+            if (row == differences.end())
+                ADD_FAILURE() << fact << " is " << truth << " and is reported as " << said->second;
+            else
+                EXPECT_EQ(said->second, row->reported) << fact << ": " << row->why;
+        }
+    });
+
+    for (const Difference& row : differences)
+        EXPECT_TRUE(differing.contains({std::string(row.file), std::string(row.fact)}))
+            << row.file << ' ' << row.fact << " is reported as it is";
+}
+
+// A record may leave out what only the body of a job tells, but nothing that stands in its PJL.
+TEST_F(RealJobs, KnowAllThatTheirPjlTells)
+{
+    std::set<std::string_view> found;
+
+    forEach([&](const ParsedJob& job) {
+        const auto row = std::ranges::find(toldByPjl, job.real.name, &ToldFacts::file);
+        EXPECT_EQ(row != toldByPjl.end(), job.result.job->jobInfo.pjl);
+        if (row == toldByPjl.end())
+            return;
+        found.insert(row->file);
+        const Corpus::Facts reported = Corpus::recordFacts(job.result.job->jobInfo);
+        for (const std::string& fact : Torv::explode(row->facts, " ", 100, true))
+            EXPECT_TRUE(reported.contains(fact)) << fact;
+    });
+
+    EXPECT_EQ(found.size(), toldByPjl.size());
+}
+
+} // namespace
