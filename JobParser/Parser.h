@@ -67,7 +67,7 @@ private:
 
     std::shared_ptr<Torv::Log::ILog> log;
     PaperSizeManager& paperList;
-    bool useExternalParser;
+    [[maybe_unused]] bool useExternalParser; // Read as soon as there are workers to ask.
 };
 
 /// The papers of the process, built when the library is loaded.

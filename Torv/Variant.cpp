@@ -231,7 +231,7 @@ Variant Variant::fromPlace(const std::shared_ptr<const void>& document, const Pl
 /// Numbers and truth values become values of their own at once: holding them costs less than holding the
 /// document.
 template <typename Element>
-Variant Variant::fromElement(const std::shared_ptr<const void>& document, const Element& element)
+Variant Variant::fromElement(const std::shared_ptr<const void>& document, Element element)
 {
     Variant result;
     switch (element.type()) {

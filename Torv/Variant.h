@@ -103,7 +103,7 @@ private:
 
     static Variant fromPlace(const std::shared_ptr<const void>& document, const Place& place);
     template <typename Element>
-    static Variant fromElement(const std::shared_ptr<const void>& document, const Element& element);
+    static Variant fromElement(const std::shared_ptr<const void>& document, Element element);
 
     /// Null unless the value is an object.
     const Node* objectNode() const;

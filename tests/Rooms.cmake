@@ -70,5 +70,3 @@ add_room_tests(FrameTests
     JobParser/LibraryTest.cpp
     JobParser/ParseJobInfoTest.cpp
     JobParser/ParserTest.cpp)
-
-add_subdirectory(corpus)

@@ -2,6 +2,7 @@
 
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <cstdint>
+#include <vector>
 
 #include "JobParser/IChunk.h"
 #include "JobParser/JobParserException.h"
@@ -14,24 +15,43 @@ namespace JobParser
 {
 
 /// The chunks made so far, by id.
-struct UnserializationContext::Chunks {
-    boost::unordered_flat_map<std::int32_t, std::shared_ptr<IChunk>> byId;
+///
+/// Our own texts number chunks in the order in which they stand, so that nearly all of them need no hashing.
+class UnserializationContext::Chunks
+{
+public:
+    explicit Chunks(std::size_t expected) { m_inOrder.reserve(expected); }
+
+    /// Null if nobody has the id.
+    std::shared_ptr<IChunk> find(std::int64_t id) const
+    {
+        if (id >= firstId && id < nextInOrder())
+            return m_inOrder[static_cast<std::size_t>(id - firstId)];
+        const auto found = m_others.find(id);
+        return found == m_others.end() ? nullptr : found->second;
+    }
+
+    /// An id that is taken stays with the chunk that has it.
+    void add(std::int64_t id, const std::shared_ptr<IChunk>& chunk)
+    {
+        if (id == nextInOrder() && !m_others.contains(id))
+            m_inOrder.push_back(chunk);
+        else if (id < firstId || id >= nextInOrder())
+            m_others.try_emplace(id, chunk);
+    }
+
+private:
+    static constexpr std::int64_t firstId = 2;
+
+    std::int64_t nextInOrder() const { return firstId + static_cast<std::int64_t>(m_inOrder.size()); }
+
+    std::vector<std::shared_ptr<IChunk>> m_inOrder;
+    boost::unordered_flat_map<std::int64_t, std::shared_ptr<IChunk>> m_others;
 };
 
-namespace
-{
-
-std::int32_t asId(long long number)
-{
-    return static_cast<std::int32_t>(number);
-}
-
-} // namespace
-
 UnserializationContext::UnserializationContext(std::size_t expectedChunks)
-    : m_chunks(std::make_unique<Chunks>())
+    : m_chunks(std::make_unique<Chunks>(expectedChunks))
 {
-    m_chunks->byId.reserve(expectedChunks);
 }
 
 UnserializationContext::~UnserializationContext() = default;
@@ -42,10 +62,10 @@ std::shared_ptr<IChunk> UnserializationContext::unserializeChunk(const Torv::Var
         return nullptr;
     if (value.isInteger()) {
         const long long id = value.toInt64();
-        const auto found = id == asId(id) ? m_chunks->byId.find(asId(id)) : m_chunks->byId.end();
-        if (found == m_chunks->byId.end())
+        std::shared_ptr<IChunk> chunk = m_chunks->find(id);
+        if (!chunk)
             throw JobParserException(Torv::format("Unknown chunk ID | id=%I64d", id));
-        return found->second;
+        return chunk;
     }
     if (!value.isObject())
         throw JobParserException("Cannot unserialize chunk. Chunk must be a map");
@@ -58,7 +78,7 @@ std::shared_ptr<IChunk> UnserializationContext::makeChunk(const Torv::Variant& d
     const std::int32_t id = definition["id"].toInt();
     const Torv::Variant dto = definition["dto"];
     std::shared_ptr<IChunk> chunk = Reflection::factory(tag)(*this, dto);
-    m_chunks->byId.try_emplace(id, chunk);
+    m_chunks->add(id, chunk);
     return chunk;
 }
 

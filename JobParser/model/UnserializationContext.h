@@ -40,7 +40,7 @@ public:
 private:
     std::shared_ptr<IChunk> makeChunk(const Torv::Variant& definition);
 
-    struct Chunks;
+    class Chunks;
 
     std::unique_ptr<Chunks> m_chunks;
 };
