@@ -551,7 +551,16 @@ TEST(JobFileDeathTest, AbortsOnCopyingFromAClosedFile)
     EXPECT_DEATH(copied(file, 0, 1), "Assertion failed: isOpen\\(\\), file JobFile, function copyToFile");
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// The shadow memory of the sanitizers needs the address space that this takes away.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define NEEDS_SHADOW_MEMORY
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define NEEDS_SHADOW_MEMORY
+#endif
+#endif
+
+#if !defined(NEEDS_SHADOW_MEMORY)
 /// Leaves with 0 if a reader whose next view is refused is closed, and so reads nothing any more.
 [[noreturn]] void moveWithoutAddressSpace(JobFile& file)
 {
