@@ -85,6 +85,58 @@ private:
     std::array<BytePair, pairCount> m_pairs;
 };
 
+class ByteOrPairMatcher
+{
+public:
+    ByteOrPairMatcher(const std::array<std::uint8_t, 2>& singles, BytePair pair)
+        : m_singles(singles), m_pair(pair)
+    {
+    }
+
+    bool mayHit(std::uint8_t last) const
+    {
+        return last == m_singles[0] || last == m_singles[1] || last == m_pair.first;
+    }
+
+    bool hits(std::uint8_t current, std::uint8_t next) const
+    {
+        bool result = current == m_singles[0];
+        result |= current == m_singles[1];
+        result |= (current == m_pair.first) & (next == m_pair.second);
+        return result;
+    }
+
+#if defined(__x86_64__)
+    [[gnu::always_inline]] __m128i hits(__m128i current, __m128i next) const
+    {
+        return equal(current, m_singles[0]) | equal(current, m_singles[1]) |
+               (equal(current, m_pair.first) & equal(next, m_pair.second));
+    }
+
+    [[TORV_AVX2, gnu::always_inline]] __m256i hits(__m256i current, __m256i next) const
+    {
+        return equal(current, m_singles[0]) | equal(current, m_singles[1]) |
+               (equal(current, m_pair.first) & equal(next, m_pair.second));
+    }
+#endif
+
+private:
+#if defined(__x86_64__)
+    [[gnu::always_inline]] static __m128i equal(__m128i bytes, std::uint8_t byte)
+    {
+        return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(static_cast<char>(byte)));
+    }
+
+    [[TORV_AVX2, gnu::always_inline]] static __m256i equal(__m256i bytes, std::uint8_t byte)
+    {
+        return _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(static_cast<char>(byte)));
+    }
+#endif
+
+    std::array<std::uint8_t, 2> m_singles;
+    BytePair m_pair;
+};
+
 /// Each of the rounds looks at `places` places and reads one byte more. They give the first place that is
 /// hit, `places` if there is none.
 template <typename Matcher>
@@ -229,11 +281,23 @@ std::size_t findPairPortable(std::span<const std::uint8_t> bytes, const std::arr
     return find(bytes, PairMatcher(pairs), scanPortable<PairMatcher<2>>);
 }
 
+std::size_t findByteOrPairPortable(std::span<const std::uint8_t> bytes,
+                                   const std::array<std::uint8_t, 2>& singles, BytePair pair)
+{
+    return find(bytes, ByteOrPairMatcher(singles, pair), scanPortable<ByteOrPairMatcher>);
+}
+
 #if defined(__x86_64__)
 
 std::size_t findPairSse2(std::span<const std::uint8_t> bytes, const std::array<BytePair, 2>& pairs)
 {
     return find(bytes, PairMatcher(pairs), scanSse2<PairMatcher<2>>);
+}
+
+std::size_t findByteOrPairSse2(std::span<const std::uint8_t> bytes,
+                               const std::array<std::uint8_t, 2>& singles, BytePair pair)
+{
+    return find(bytes, ByteOrPairMatcher(singles, pair), scanSse2<ByteOrPairMatcher>);
 }
 
 bool hasAvx2()
@@ -245,6 +309,12 @@ bool hasAvx2()
 std::size_t findPairAvx2(std::span<const std::uint8_t> bytes, const std::array<BytePair, 2>& pairs)
 {
     return find(bytes, PairMatcher(pairs), scanAvx2<PairMatcher<2>>);
+}
+
+std::size_t findByteOrPairAvx2(std::span<const std::uint8_t> bytes,
+                               const std::array<std::uint8_t, 2>& singles, BytePair pair)
+{
+    return find(bytes, ByteOrPairMatcher(singles, pair), scanAvx2<ByteOrPairMatcher>);
 }
 
 #endif
@@ -259,6 +329,19 @@ std::size_t findPair(std::span<const std::uint8_t> bytes, const std::array<ByteP
     return wide ? BytePairsKernels::findPairAvx2(bytes, pairs) : BytePairsKernels::findPairSse2(bytes, pairs);
 #else
     return BytePairsKernels::findPairPortable(bytes, pairs);
+#endif
+}
+
+std::size_t findByteOrPair(std::span<const std::uint8_t> bytes, const std::array<std::uint8_t, 2>& singles,
+                           BytePair pair)
+{
+#if defined(__x86_64__)
+    static const bool wide = BytePairsKernels::hasAvx2();
+
+    return wide ? BytePairsKernels::findByteOrPairAvx2(bytes, singles, pair)
+                : BytePairsKernels::findByteOrPairSse2(bytes, singles, pair);
+#else
+    return BytePairsKernels::findByteOrPairPortable(bytes, singles, pair);
 #endif
 }
 

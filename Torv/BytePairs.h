@@ -23,4 +23,9 @@ struct BytePair {
 /// none.
 std::size_t findPair(std::span<const std::uint8_t> bytes, const std::array<BytePair, 2>& pairs);
 
+/// The index of the first place where one of the single bytes stands or the pair begins. A last byte that
+/// equals the first byte of the pair counts as such a place. The size of `bytes` if there is none.
+std::size_t findByteOrPair(std::span<const std::uint8_t> bytes, const std::array<std::uint8_t, 2>& singles,
+                           BytePair pair);
+
 } // namespace Torv

@@ -1,10 +1,13 @@
 #include "Torv/Number.h"
 
 #include <cerrno>
+#include <charconv>
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <stdexcept>
 
+#include "Torv/Ascii.h"
 #include "Torv/CLocale.h"
 
 namespace Torv
@@ -60,6 +63,25 @@ float stof(const std::string& text)
 double stod(const std::string& text)
 {
     return convert<double>("stod", text, strtod_l);
+}
+
+int atoi(std::string_view text)
+{
+    while (!text.empty() && Ascii::isSpace(static_cast<std::uint8_t>(text.front())))
+        text.remove_prefix(1);
+    const bool isNegative = text.starts_with('-');
+    // The sign of a negative number belongs to it; a plus does not.
+    if (text.starts_with('+')) {
+        text.remove_prefix(1);
+        if (text.starts_with('-'))
+            return 0;
+    }
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error == std::errc::result_out_of_range)
+        value =
+            isNegative ? std::numeric_limits<std::int64_t>::min() : std::numeric_limits<std::int64_t>::max();
+    return static_cast<int>(static_cast<std::uint32_t>(value));
 }
 
 } // namespace Torv

@@ -302,3 +302,178 @@ TEST_P(FindPair, ReadsNothingOutsideTheBytes)
     for (std::size_t size = 1; size <= 400; ++size)
         EXPECT_EQ(find(std::span(memory.end() - size, size), uelAndComment), size - 1);
 }
+
+namespace
+{
+
+using Singles = std::array<std::uint8_t, 2>;
+using FindByteOrPair = std::size_t (*)(std::span<const std::uint8_t>, const Singles&, BytePair);
+
+struct ByteOrPairKernel {
+    const char* name;
+    FindByteOrPair find;
+    bool (*runsHere)();
+};
+
+constexpr ByteOrPairKernel byteOrPairKernels[] = {
+    {"Chosen", Torv::findByteOrPair, always},
+    {"Portable", Torv::BytePairsKernels::findByteOrPairPortable, always},
+#if defined(__x86_64__)
+    {"Sse2", Torv::BytePairsKernels::findByteOrPairSse2, always},
+    {"Avx2", Torv::BytePairsKernels::findByteOrPairAvx2, Torv::BytePairsKernels::hasAvx2},
+#endif
+};
+
+struct Wanted {
+    Singles singles;
+    BytePair pair;
+};
+
+constexpr Wanted escapeFormFeedAndComment = {{0x1B, 0x0C}, {'!', 'R'}};
+
+constexpr Wanted wantedSets[] = {
+    escapeFormFeedAndComment,     {{0x1B, 0x0C}, {0x1B, 0x1B}}, // a pair that says nothing new
+    {{0x1B, 0x1B}, {'!', '!'}},                                 // one single byte, a doubled one
+    {{0x0C, 'R'}, {'!', 'R'}},                                  // a single byte that ends the pair
+    {{0x00, 0xFF}, {0x80, 0x00}},
+};
+
+/// The rule itself, a byte at a time.
+std::size_t findByRule(std::span<const std::uint8_t> bytes, const Wanted& wanted)
+{
+    for (std::size_t index = 0; index < bytes.size(); ++index) {
+        const bool isSingle = bytes[index] == wanted.singles[0] || bytes[index] == wanted.singles[1];
+        const bool isLast = index + 1 == bytes.size();
+        if (isSingle ||
+            (bytes[index] == wanted.pair.first && (isLast || bytes[index + 1] == wanted.pair.second)))
+            return index;
+    }
+    return bytes.size();
+}
+
+class FindByteOrPairTest : public testing::TestWithParam<ByteOrPairKernel>
+{
+protected:
+    void SetUp() override
+    {
+        if (!GetParam().runsHere())
+            GTEST_SKIP() << "not on this machine";
+    }
+
+    static std::size_t find(std::span<const std::uint8_t> bytes, const Wanted& wanted)
+    {
+        return GetParam().find(bytes, wanted.singles, wanted.pair);
+    }
+
+    static std::size_t find(const std::string& text)
+    {
+        return find(Bytes(text.begin(), text.end()), escapeFormFeedAndComment);
+    }
+};
+
+std::string byteOrPairKernelName(const testing::TestParamInfo<ByteOrPairKernel>& info)
+{
+    return info.param.name;
+}
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(BytePairs, FindByteOrPairTest, testing::ValuesIn(byteOrPairKernels),
+                         byteOrPairKernelName);
+
+TEST_P(FindByteOrPairTest, GivesTheFirstPlaceOfAByteOrThePair)
+{
+    EXPECT_EQ(find("ab\x1B."), 2U);
+    EXPECT_EQ(find("a\f\x1B"), 1U);
+    EXPECT_EQ(find("abc!R\f"), 3U);
+    EXPECT_EQ(find("!x!!R"), 3U);
+    EXPECT_EQ(find("R!x\f"), 3U);
+}
+
+TEST_P(FindByteOrPairTest, CountsAFirstByteOfThePairAtTheEnd)
+{
+    EXPECT_EQ(find("ab!"), 2U);
+    EXPECT_EQ(find("\x1B"), 0U);
+    EXPECT_EQ(find("abR"), 3U);
+}
+
+TEST_P(FindByteOrPairTest, GivesTheSizeIfThereIsNothing)
+{
+    EXPECT_EQ(find(""), 0U);
+    EXPECT_EQ(find(std::string(1000, '!') + "x"), 1001U);
+    EXPECT_EQ(find(std::span<const std::uint8_t>(), escapeFormFeedAndComment), 0U);
+}
+
+TEST_P(FindByteOrPairTest, FollowsTheRuleForAllShortTextsAlsoOverTheSeamsOfRounds)
+{
+    constexpr std::size_t seams[] = {0, 13, 14, 15, 29, 30, 31, 32, 61, 62, 63, 125, 126, 127, 128, 196};
+    for (const Wanted& wanted : wantedSets) {
+        const Bytes alphabet =
+            alphabetOf({{{wanted.singles[0], wanted.singles[1]}, {wanted.pair.first, wanted.pair.second}}});
+        for (std::size_t size = 0; size <= 5; ++size) {
+            forEachText(alphabet, size, [&](const Bytes& text) {
+                ASSERT_EQ(find(text, wanted), findByRule(text, wanted)) << testing::PrintToString(text);
+            });
+        }
+        Bytes bytes(200, 'x');
+        for (const std::size_t seam : seams) {
+            forEachText(alphabet, 4, [&](const Bytes& text) {
+                std::fill(bytes.begin(), bytes.end(), 'x');
+                std::copy(text.begin(), text.end(), bytes.data() + seam);
+                ASSERT_EQ(find(bytes, wanted), findByRule(bytes, wanted))
+                    << seam << testing::PrintToString(text);
+            });
+        }
+    }
+}
+
+TEST_P(FindByteOrPairTest, FindsAPlantedPlaceAtEveryPlaceOfEveryLength)
+{
+    constexpr BytePair planted[] = {{0x1B, 'y'}, {'\f', 'y'}, {'!', 'R'}};
+    for (std::size_t size = 1; size <= 400; ++size) {
+        for (std::size_t place = 0; place < size; ++place) {
+            const BytePair& pair = planted[(size + place) % std::size(planted)];
+            Bytes bytes(size, 'x');
+            bytes[place] = pair.first;
+            if (place + 1 < size)
+                bytes[place + 1] = pair.second;
+            ASSERT_EQ(find(bytes, escapeFormFeedAndComment), place) << size;
+        }
+    }
+}
+
+TEST_P(FindByteOrPairTest, FollowsTheRuleForRandomBytesAndManyRounds)
+{
+    std::mt19937 random(21);
+    for (int repeat = 0; repeat < 100; ++repeat) {
+        const Wanted& wanted = wantedSets[static_cast<std::size_t>(repeat) % std::size(wantedSets)];
+        Bytes bytes(20000);
+        std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<std::uint8_t>(random()); });
+        for (std::span<const std::uint8_t> rest(bytes); !rest.empty();) {
+            const std::size_t found = find(rest, wanted);
+            ASSERT_EQ(found, findByRule(rest, wanted));
+            rest = rest.subspan(std::min(found + 1, rest.size()));
+        }
+    }
+    Bytes bytes(10000, 'x');
+    for (std::size_t size = 4000; size < 4700; ++size) {
+        ASSERT_EQ(find(std::span(bytes.data(), size), escapeFormFeedAndComment), size);
+        bytes[size - 1] = '\f';
+        ASSERT_EQ(find(bytes, escapeFormFeedAndComment), size - 1);
+        bytes[size - 1] = 'x';
+    }
+}
+
+TEST_P(FindByteOrPairTest, ReadsNothingOutsideTheBytes)
+{
+    const GuardedMemory memory;
+    std::memset(memory.begin(), 'x', static_cast<std::size_t>(memory.end() - memory.begin()));
+
+    for (std::size_t size = 0; size <= 400; ++size) {
+        EXPECT_EQ(find(std::span(memory.end() - size, size), escapeFormFeedAndComment), size);
+        EXPECT_EQ(find(std::span(memory.begin(), size), escapeFormFeedAndComment), size);
+    }
+    memory.end()[-1] = '!';
+    for (std::size_t size = 1; size <= 400; ++size)
+        EXPECT_EQ(find(std::span(memory.end() - size, size), escapeFormFeedAndComment), size - 1);
+}

@@ -7,6 +7,7 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace
 {
@@ -53,6 +54,40 @@ TEST(Number, RefusesNumbersThatDoNotFit)
     EXPECT_THROW(Torv::stof("1e-60"), std::out_of_range);
     EXPECT_THROW(Torv::stod("1e309"), std::out_of_range);
     EXPECT_THROW(Torv::stod("1e-400"), std::out_of_range);
+}
+
+TEST(Number, AtoiReadsTheNumberAtTheStartOrNothing)
+{
+    EXPECT_EQ(Torv::atoi("42"), 42);
+    EXPECT_EQ(Torv::atoi(" \t\n\v\f\r-7 pages"), -7);
+    EXPECT_EQ(Torv::atoi("+5"), 5);
+    EXPECT_EQ(Torv::atoi("010"), 10);
+    EXPECT_EQ(Torv::atoi("0x10"), 0);
+    EXPECT_EQ(Torv::atoi("1.9"), 1);
+    EXPECT_EQ(Torv::atoi(std::string_view("1\0002", 3)), 1);
+    EXPECT_EQ(Torv::atoi("2147483647"), 2147483647);
+    EXPECT_EQ(Torv::atoi("-2147483648"), -2147483647 - 1);
+    for (const char* text : {"", " ", "x1", "-", "+", "+-1", "-+1", "--1", "++1", "- 1", ".5",
+                             "\xA0"
+                             "1"})
+        EXPECT_EQ(Torv::atoi(text), 0) << text;
+    EXPECT_EQ(Torv::atoi(std::string_view("123").substr(0, 2)), 12);
+    EXPECT_EQ(Torv::atoi(std::string_view()), 0);
+}
+
+TEST(Number, AtoiTakesTheLowHalfOfANumberOf64BitsAtMost)
+{
+    EXPECT_EQ(Torv::atoi("2147483648"), -2147483647 - 1);
+    EXPECT_EQ(Torv::atoi("4294967295"), -1);
+    EXPECT_EQ(Torv::atoi("4294967296"), 0);
+    EXPECT_EQ(Torv::atoi("4294967299"), 3);
+    EXPECT_EQ(Torv::atoi("-4294967299"), -3);
+    EXPECT_EQ(Torv::atoi("9223372036854775807"), -1);
+    EXPECT_EQ(Torv::atoi("9223372036854775808"), -1);
+    EXPECT_EQ(Torv::atoi("99999999999999999999999999"), -1);
+    EXPECT_EQ(Torv::atoi("-9223372036854775808"), 0);
+    EXPECT_EQ(Torv::atoi("-9223372036854775807"), 1);
+    EXPECT_EQ(Torv::atoi("-99999999999999999999999999"), 0);
 }
 
 TEST(Number, LeavesErrnoAlone)
