@@ -1,7 +1,9 @@
 #include "JobParser/Library.h"
 
+#include "JobParser/languages/ChunkPclEsc.h"
 #include "JobParser/languages/ChunkPjlCmd.h"
 #include "JobParser/languages/ChunkPjlCmdBase64String.h"
+#include "JobParser/languages/ChunkPrescribe.h"
 #include "JobParser/model/ChunkFirstPageStart.h"
 #include "JobParser/model/ChunkFormFeed.h"
 #include "JobParser/model/ChunkRawData.h"
@@ -20,9 +22,11 @@ void registerChunkClasses()
     Reflection::registerChunkClass<ChunkFormFeed>();
     Reflection::registerChunkClass<ChunkFirstPageStart>();
     Reflection::registerChunkClass<ChunkRawData>();
+    Reflection::registerChunkClass<ChunkPclEsc>();
     Reflection::registerChunkClass<ChunkText>();
     Reflection::registerChunkClass<ChunkPjlCmd>();
     Reflection::registerChunkClass<ChunkPjlCmdBase64String>();
+    Reflection::registerChunkClass<ChunkPrescribe>();
 }
 
 } // namespace

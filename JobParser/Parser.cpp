@@ -4,6 +4,7 @@
 
 #include "JobParser/JobFile.h"
 #include "JobParser/JobParserException.h"
+#include "JobParser/model/ChunkFirstPageStart.h"
 #include "JobParser/model/ChunkRawData.h"
 #include "JobParser/model/GlobalParser.h"
 
@@ -27,7 +28,7 @@ std::chrono::milliseconds since(std::chrono::steady_clock::time_point start)
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
 }
 
-// The order is the precedence: PJL overrules what the language itself says.
+// The order is the precedence: PJL overrules what the language itself says, and PRESCRIBE overrules PJL.
 JobInfo mergeRecords(const Global::Parser& parser, Pdl pdl)
 {
     JobInfo merged;
@@ -35,6 +36,7 @@ JobInfo mergeRecords(const Global::Parser& parser, Pdl pdl)
     merged.combineWith(parser.pdlJobInfo, JobInfo::AllFlags);
     merged.setPdl(pdl);
     merged.combineWith(parser.pjl.jobInfo, JobInfo::AllFlags);
+    merged.combineWith(parser.prescribe.jobInfo, JobInfo::AllFlags);
     return merged;
 }
 
@@ -101,10 +103,17 @@ void Parser::walk(Global::Parser& globalParser, Pdl& pdl, bool allowRestrictedPd
 {
     if (pdl == Pdl::Detect)
         pdl = globalParser.autoDetectPdl();
-    if (pdl == Pdl::Jpeg)
+    if (pdl == Pdl::Pcl5)
+        globalParser.pcl5.parse(globalParser.pdlJobInfo);
+    else if (pdl == Pdl::Prescribe)
+        globalParser.prescribe.parse();
+    else if (pdl == Pdl::Jpeg)
         globalParser.jpegMode(allowRestrictedPdf);
     // Whatever a language left over is accounted for here.
     globalParser.rawMode(allowRestrictedPdf);
+    const std::int32_t firstPage = globalParser.pcl5.firstPageChunk;
+    if (firstPage != -1)
+        globalParser.job.insertChunkAt(firstPage, std::make_shared<ChunkFirstPageStart>());
 }
 
 void Parser::parsingJobFailed(JobParserResult& result, Global::Parser& globalParser, const std::string& error,
@@ -119,6 +128,7 @@ void Parser::parsingJobFailed(JobParserResult& result, Global::Parser& globalPar
               dump.getAndClear(), true, __LINE__);
     result.parseDuration = since(start);
     result.job->removeAllChunks();
+    globalParser.pcl5.firstPageChunk = -1;
     result.job->appendChunk(std::make_shared<ChunkRawData>(0, file.m_realDataSize));
     JobInfo info;
     info.setPjl(globalParser.pjl.jobInfo.pjl);
@@ -135,6 +145,7 @@ void Parser::logPartialRecords(const Global::Parser& globalParser)
     };
     logRecord("Job info PJL: %s", globalParser.pjl.jobInfo, __LINE__);
     logRecord("Job info PDL: %s", globalParser.pdlJobInfo, __LINE__);
+    logRecord("Job info Prescribe: %s", globalParser.prescribe.jobInfo, __LINE__);
 }
 
 void Parser::logSource(int level, const std::string& message, const std::string& details, bool flag, int line)

@@ -86,7 +86,8 @@ METADATA = {
         chunk("UelE", 2), chunk("PjlCmdE", 3, '{"cmd":"SET","param":"COPIES=2"}'),
         chunk("PjlCmdBase64StringE", 4, '{"cmd":"JOB","param":"TkFNRT0iYSI="}'), chunk("FormFeedE", 5),
         chunk("FirstPageStartE", 6), chunk("RawDataE", 7, '{"offset":0,"size":9}'),
-        chunk("TextE", 8, '{"text":"ab"}')),
+        chunk("TextE", 8, '{"text":"ab"}'), chunk("PrescribeE", 9, '{"ofs":0,"size":4}'),
+        chunk("PclEscE", 10, '{"opGroupParam":2518081,"binOffset":0,"binSize":0,"value":"26"}')),
     "every_fact": metadata(info='{"version":1,"pdl":2,"copies":3,"duplex":1,"monoCount":1,"grayCount":2,'
                                 '"colorCount":3,"paper":5,"pjl":true,"forceMono":true,"ecoMode":true,'
                                 '"stapling":101,"punching":3,"orientation":1,"pagesPerSheet":2,'
@@ -147,9 +148,39 @@ JSON = {
     "comma_at_the_end": b'[1,]',
 }
 
+PCL5 = {
+    "combined": b"\x1b&l26a1o2s3Xtext\x0c\x1bE",
+    "combined_and_cut_short": b"\x1b&l1a\x1bE",
+    "payload": b"\x1b*b5W\x1b\x0c!R!text",
+    "payload_beyond_the_end": b"\x1b*b2147483647Wabc",
+    "payload_of_negative_size": b"\x1b*b-1W",
+    "payload_in_lower_case": b"\x1b*b3wabc",
+    "two_byte_text": b"\x1b&t31P\x81\x0c\x1b&t0P\x81\x0c",
+    "value_of_14_bytes": b"\x1b&l12345678901234X",
+    "value_of_15_bytes": b"\x1b&l123456789012345X",
+    "prescribe_inside": b"a!R! COPY 2;EXIT;b\x0c",
+    "cut_uel": b"\x1b%-123",
+    "invalid_operation": b"\x1b ",
+    "empty": b"",
+}
+
+PRESCRIBE = {
+    "empty": b"",
+    "driver_summary": b' CMNT "Color=6","Mono=4"; CMNT "Page=1"; EXIT;',
+    "driver_pages": b" CMNT Page=0; CMNT 'Page=1'; EXIT;",
+    "driver_paper": b' CMNT "PaperSize=A4"; SPSZ 10; DUPX 2; EXIT;',
+    "name_of_five_letters": b" ABCDE;",
+    "parameters_of_128": b" A " + b",".join([b"1"] * 128) + b";",
+    "parameters_of_129": b" A " + b",".join([b"1"] * 129) + b";",
+    "text_between": b" RES; " + b"x" * 120 + b"; EXIT; !R! exit;",
+    "quotes": b" A \"x;,'\" y , '\"' ;",
+    "cut": b" COPY 2",
+}
+
 
 def main():
-    for target, seeds in {"JobFuzz": JOBS, "MetadataFuzz": METADATA, "JsonFuzz": JSON}.items():
+    for target, seeds in {"JobFuzz": JOBS, "MetadataFuzz": METADATA, "JsonFuzz": JSON, "Pcl5Fuzz": PCL5,
+                          "PrescribeFuzz": PRESCRIBE}.items():
         folder = HERE / (target + "_corpus")
         folder.mkdir(exist_ok=True)
         for name, content in seeds.items():

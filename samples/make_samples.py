@@ -20,7 +20,7 @@ def pjl(*lines, job):
 
 def pcl5():
     """Three sides of A4, duplex on the long edge, three copies."""
-    setup = b"\x1bE\x1b&l26a0o1S\x1b&l3X"
+    setup = b"\x1bE\x1b&l26A\x1b&l0O\x1b&l1S\x1b&l3X"
     page = b"\x1b*p300x300YA line of text on the page."
     return setup + page + b"\f" + page + b"\f" + page + b"\f\x1bE"
 

@@ -59,12 +59,17 @@ add_room_tests(ModelTests
     JobParser/model/UnserializationContextTest.cpp)
 
 add_room_tests(LanguagesTests
+    JobParser/languages/ChunkPclEscTest.cpp
     JobParser/languages/ChunkPjlCmdBase64StringTest.cpp
     JobParser/languages/ChunkPjlCmdTest.cpp
+    JobParser/languages/ChunkPrescribeTest.cpp
+    JobParser/languages/Pcl5ParserTest.cpp
     JobParser/languages/PjlFinishingTest.cpp
     JobParser/languages/PjlParserTest.cpp
     JobParser/languages/PjlSetCommandTest.cpp
-    JobParser/languages/PjlTokensTest.cpp)
+    JobParser/languages/PjlTokensTest.cpp
+    JobParser/languages/PrescribeCmdTest.cpp
+    JobParser/languages/PrescribeParserTest.cpp)
 
 add_room_tests(FrameTests
     JobParser/LibraryTest.cpp

@@ -1,5 +1,6 @@
 #include "JobParser/model/GlobalParser.h"
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <string_view>
@@ -39,13 +40,15 @@ constexpr std::array<Signature, 8> signatures{{
 
 // All that can begin something where no language is active: a UEL, and a PRESCRIBE block.
 constexpr std::array<Torv::BytePair, 2> rawStarts{{{0x1B, '%'}, {'!', 'R'}}};
+// The same where no PRESCRIBE block can be.
+constexpr std::array<Torv::BytePair, 2> uelStarts{{{0x1B, '%'}, {0x1B, '%'}}};
 
 constexpr std::string_view pjlKeyword = "@PJL";
 
 } // namespace
 
 Parser::Parser(Job& theJob, JobFile& theFile, PaperSizeManager& papers)
-    : BaseParser(theJob, theFile, papers), pjl(*this)
+    : BaseParser(theJob, theFile, papers), pjl(*this), prescribe(pjl), pcl5(prescribe)
 {
     file.setPos(0);
 }
@@ -67,17 +70,30 @@ void Parser::rawMode(bool)
         if (file.atEnd())
             break;
         const std::int64_t end = file.m_offset;
-        if (!matchUel()) {
+        if (matchUel()) {
+            flushRawData(start, end);
+            job.appendChunk(std::make_shared<ChunkUel>());
+            if (match(pjlKeyword, true, true))
+                parseBody(pjl.parse());
+        } else if (prescribe.guessPrescribe()) {
+            flushRawData(start, end);
+            prescribe.parse();
+        } else {
             file.getChar();
             continue;
         }
-        flushRawData(start, end);
-        job.appendChunk(std::make_shared<ChunkUel>());
-        if (match(pjlKeyword, true, true))
-            pjl.parse();
         start = file.m_offset;
     }
     flushRawData(start, file.m_offset);
+}
+
+// The bodies of other languages are left to the raw loop.
+void Parser::parseBody(Pdl pdl)
+{
+    if (pdl == Pdl::Pcl5)
+        pcl5.parse(pdlJobInfo);
+    else if (pdl == Pdl::Prescribe)
+        prescribe.parse();
 }
 
 void Parser::jpegMode(bool allowRestrictedPdf)
@@ -90,8 +106,11 @@ void Parser::jpegMode(bool allowRestrictedPdf)
 void Parser::skipRawBytes()
 {
     while (!file.atEnd()) {
-        const auto bytes = file.window();
-        const std::size_t count = Torv::findPair(bytes, rawStarts);
+        auto bytes = file.window();
+        const std::int64_t known = prescribe.noBlockBefore() - file.m_offset;
+        if (known > 0)
+            bytes = bytes.first(std::min(bytes.size(), static_cast<std::size_t>(known)));
+        const std::size_t count = Torv::findPair(bytes, known > 0 ? uelStarts : rawStarts);
         if (count != 0)
             file.advancePos(static_cast<std::int64_t>(count));
         if (count != bytes.size())
@@ -105,6 +124,8 @@ Pjl::PjlToken Parser::getRawToken()
         return Pjl::PjlToken::EndOfFile;
     if (matchUel())
         return match(pjlKeyword, true, true) ? Pjl::PjlToken::UelPjl : Pjl::PjlToken::Uel;
+    if (prescribe.guessPrescribe())
+        return Pjl::PjlToken::Prescribe;
     file.getChar();
     return Pjl::PjlToken::Raw;
 }

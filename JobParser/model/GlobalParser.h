@@ -1,7 +1,9 @@
 #pragma once
 
 #include "JobParser/JobInfo.h"
+#include "JobParser/languages/Pcl5Parser.h"
 #include "JobParser/languages/PjlParser.h"
+#include "JobParser/languages/PrescribeParser.h"
 #include "JobParser/model/BaseParser.h"
 #include "JobParser/model/Pdl.h"
 
@@ -23,20 +25,26 @@ public:
     Pdl autoDetectPdl();
 
     /// Walks the job from the position to the end of the data: UELs, PJL blocks, the language bodies that PJL
-    /// announces, and raw data for all the rest. Passes on what the parsers of the languages throw.
+    /// announces, PRESCRIBE blocks, and raw data for all the rest. Passes on what the parsers of the
+    /// languages throw.
     void rawMode(bool allowRestrictedPdf);
 
     /// A JPEG job is one image and counts as one colour page; nothing in it is read.
     void jpegMode(bool allowRestrictedPdf);
 
-    /// Classifies what stands at the position. A UEL is passed, and so is a byte that begins nothing.
+    /// Classifies what stands at the position. A UEL is passed, and so is a byte that begins nothing; a
+    /// PRESCRIBE block stays unread.
     Pjl::PjlToken getRawToken();
 
+    // Each one refers to the one before it.
     Pjl::Parser pjl;
+    Prescribe::Parser prescribe;
+    Pcl5::Parser pcl5;
     JobInfo pdlJobInfo; ///< What the language bodies contributed.
 
 private:
     void skipRawBytes();
+    void parseBody(Pdl pdl);
     void flushRawData(std::int64_t start, std::int64_t end);
 };
 

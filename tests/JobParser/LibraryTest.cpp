@@ -22,14 +22,16 @@ struct ChunkClass {
 
 TEST(Library, RegistersTheChunkClassesByTheTagsOfStoredFiles)
 {
-    constexpr std::array<ChunkClass, 7> classes{{
+    constexpr std::array<ChunkClass, 9> classes{{
         {"UelE", "{}"},
         {"FormFeedE", "{}"},
         {"FirstPageStartE", "{}"},
         {"RawDataE", R"({"offset":1,"size":2})"},
+        {"PclEscE", R"({"opGroupParam":2777687,"binOffset":1,"binSize":2,"value":"2"})"},
         {"TextE", R"({"text":"a"})"},
         {"PjlCmdE", R"({"cmd":"SET","param":"COPIES=2"})"},
         {"PjlCmdBase64StringE", R"({"cmd":"SET","param":"YQ=="})"},
+        {"PrescribeE", R"({"ofs":1,"size":2})"},
     }};
 
     Library::init({});

@@ -32,8 +32,7 @@ struct ChangedJob {
     std::string_view why;
 };
 
-constexpr std::array<ChangedJob, 33> changedJobs{{
-    {"brlaser-hl2270-econo-copies2.prn", 14, "14 lines gain a CR"},
+constexpr std::array<ChangedJob, 32> changedJobs{{
     {"cups-designjet750-hprtl.prn", 10, "one line gains a CR; the PJL that ends the job is closed"},
     {"foomatic-genpcl6-duplex-short.pxl", 3, "3 lines gain a CR"},
     {"foomatic-hp2100-ljet4.pcl", 41,
@@ -46,7 +45,8 @@ constexpr std::array<ChangedJob, 33> changedJobs{{
     {"hp-cm3530-pdf-stapleoption-two.pjl.pdf", 31, "33 lines gain a CR, two lose a blank"},
     {"hp-color-laserjet-e87750-ps-black-only.ps", 10, "10 lines gain a CR"},
     {"hp-color-laserjet-e87750-ps-staple-left-punch3.ps", 10, "10 lines gain a CR"},
-    {"hp-laserjet-4050-hpcups-text.pcl", 5, "5 lines gain a CR"},
+    {"hp-laserjet-4050-hpcups-text.pcl", 23,
+     "5 lines gain a CR; 7 combined sequences come out as single ones"},
     {"hp-laserjet-m806-ps-2staplesleft.ps", 9, "9 lines gain a CR"},
     {"hp-laserjet-m806-ps-3holepunchtop.ps", 9, "9 lines gain a CR"},
     {"hp-laserjet-m806-ps-pin-print.ps", 12, "12 lines gain a CR"},
@@ -71,6 +71,14 @@ constexpr std::array<ChangedJob, 33> changedJobs{{
     {"splix-samsung-clp300-qpdl.prn", 13, "13 lines gain a CR"},
 }};
 
+// Jobs with payloads behind lower-case letters, which nothing tells from text: they count as malformed.
+constexpr std::array<std::string_view, 2> malformedJobs{"brlaser-hl2270-econo-copies2.prn", "gs-pcl3.pcl"};
+
+bool isMalformed(const std::string& file)
+{
+    return std::ranges::find(malformedJobs, file) != malformedJobs.end();
+}
+
 // What saving changes besides the form of lines: `before`, as it stands in the job with its lines rewritten,
 // becomes `after`.
 struct Edit {
@@ -80,13 +88,16 @@ struct Edit {
     std::string_view why;
 };
 
-constexpr std::array<Edit, 5> edits{{
+constexpr std::array<Edit, 6> edits{{
     {"cups-designjet750-hprtl.prn", "@PJL EOJ\r\n\x1B%-12345X@PJL\r\n",
      "@PJL EOJ\r\n\x1B%-12345X@PJL\r\n\x1B%-12345X", "the job ends in PJL, which is closed by a UEL"},
     {"foomatic-hp2100-ljet4.pcl", "@PJL SET MANUALFEED=OFF\r\n",
      "@PJL SET MANUALFEED=OFF\r\n@PJL ENTER LANGUAGE=PCL\r\n", "a PCL body begins unannounced"},
     {"foomatic-hp2100-ljet4.pcl", "@PJL RESET\r\n", "@PJL RESET\r\n\x1B%-12345X",
      "the job ends in PJL, which is closed by a UEL"},
+    {"hp-laserjet-4050-hpcups-text.pcl", "\x1B&l7h0m26a0s8c0o0E",
+     "\x1B&l7H\x1B&l0M\x1B&l26A\x1B&l0S\x1B&l8C\x1B&l0O\x1B&l0E",
+     "combined sequences come out as single ones"},
     {"hp-laserjet-p3010-ps-title-quotes.ps", "name; @PJL SET COPIES=9 (x)\"\r\n",
      "name;\r\n@PJL SET COPIES=9 (x)\"\r\n", "a command begins wherever `@PJL ` stands, in a title too"},
     {"oki-c9500-ps-staple-punch.ps", "@PJL RDYMSG DISPLAY = \"\"\r\n@PJL EOJ\r\n",
@@ -102,10 +113,13 @@ struct Difference {
     std::string_view why;
 };
 
-constexpr std::array<Difference, 13> differences{{
-    {"brlaser-hl2270-econo-copies2.prn", "copies", "1", "told in the body, in PCL"},
-    {"pcl-groff-lj4-duplex-short-copies3-landscape.pcl", "copies", "1", "told in the body, in PCL"},
+constexpr std::array<Difference, 14> differences{{
     {"ps-a2ps-duplex.ps", "copies", "1", "told in the body, in PostScript"},
+    {"kyocera-taskalfa500ci-ps-staple-upper-right-punch2.ps", "stapled", "no",
+     "told in PostScript; KX driver"},
+    {"kyocera-taskalfa500ci-ps-staple-upper-right-punch2.ps", "punched", "no",
+     "told in PostScript; KX driver"},
+    {"ps-pstops-2up-kyocera.ps", "stapled", "no", "told in PostScript; KX driver"},
     {"cups-designjet750-hprtl.prn", "pdl", "", "HPGL2 is no language of ours"},
     {"splix-samsung-clp300-qpdl.prn", "pdl", "", "QPDL is no language of ours"},
     {"cups-epson9-escp.escp", "pdl", "", "ESC/P has no signature"},
@@ -125,7 +139,7 @@ struct ToldFacts {
 };
 
 constexpr std::array<ToldFacts, 33> toldByPjl{{
-    {"brlaser-hl2270-econo-copies2.prn", "pdl paper ecoMode"},
+    {"brlaser-hl2270-econo-copies2.prn", ""},
     {"cups-designjet750-hprtl.prn", "pdl"},
     {"foomatic-genpcl6-duplex-short.pxl", "pdl brand forceMono"},
     {"foomatic-hp2100-ljet4.pcl", "pdl copies ecoMode"},
@@ -237,9 +251,9 @@ TEST_F(RealJobs, AreAllInTheListAndUnchanged)
     EXPECT_GT(Corpus::jobs().size(), 0U);
 }
 
-TEST_F(RealJobs, Parse)
+TEST_F(RealJobs, ParseUnlessTheyAreMalformed)
 {
-    forEach([](const ParsedJob& job) { EXPECT_TRUE(job.result.parsed); });
+    forEach([](const ParsedJob& job) { EXPECT_EQ(job.result.parsed, !isMalformed(job.real.name)); });
 }
 
 TEST_F(RealJobs, SaveAsTheyWereButForTheirPjlLines)
@@ -247,7 +261,10 @@ TEST_F(RealJobs, SaveAsTheyWereButForTheirPjlLines)
     forEach([](const ParsedJob& job) {
         const std::string text = saved(*job.result.job, job.file);
 
-        const std::string expected = withKnownEdits(job.real.name, Corpus::withPjlRewritten(job.real.bytes));
+        const std::string expected =
+            isMalformed(job.real.name)
+                ? job.real.bytes
+                : withKnownEdits(job.real.name, Corpus::withPjlRewritten(job.real.bytes));
         EXPECT_TRUE(text == expected) << "at byte " << firstDifference(text, expected);
         EXPECT_EQ(job.result.job->size(), static_cast<std::int64_t>(text.size()));
     });

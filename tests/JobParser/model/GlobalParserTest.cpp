@@ -1,11 +1,17 @@
 #include "JobParser/model/GlobalParser.h"
 
+#include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
+#include <random>
 #include <string>
 #include <vector>
 
+#include "JobParser/JobParserException.h"
+#include "JobParser/languages/ChunkPclEsc.h"
 #include "JobParser/languages/ChunkPjlCmd.h"
+#include "JobParser/languages/ChunkPrescribe.h"
+#include "JobParser/model/ChunkFormFeed.h"
 #include "JobParser/model/ChunkRawData.h"
 #include "JobParser/model/ChunkUel.h"
 #include "tests/support/OpenJob.h"
@@ -31,6 +37,12 @@ std::string inWords(const Job& job)
             words += "UEL";
         else if (const auto* pjl = dynamic_cast<const ChunkPjlCmd*>(chunk.get()))
             words += "PJL " + pjl->cmd;
+        else if (const auto* block = dynamic_cast<const ChunkPrescribe*>(chunk.get()))
+            words += "Prescribe " + std::to_string(block->ofs) + "+" + std::to_string(block->size());
+        else if (dynamic_cast<const ChunkFormFeed*>(chunk.get()) != nullptr)
+            words += "FF";
+        else if (const auto* escape = dynamic_cast<const ChunkPclEsc*>(chunk.get()))
+            words += std::string("ESC ") + static_cast<char>(escape->opGroupParam >> 16);
         else
             words += "?";
     }
@@ -336,6 +348,139 @@ TEST(GlobalParser, GoesOnOverTheBodiesOfLanguagesThatItDoesNotRead)
     }
 }
 
+TEST(GlobalParser, HandsPclToItsParserAndTakesUpAtTheUel)
+{
+    OpenJob job(
+        JobBytes().uel().pjl("ENTER LANGUAGE=PCL").esc("E").raw("ab\f").esc("&l2X").uel().raw("\fcd"));
+    Global::Parser parser(job.job, job.file, job.papers);
+
+    parser.rawMode(true);
+
+    EXPECT_EQ(inWords(job.job), "UEL, PJL ENTER, ESC E, Raw 36+2, FF, ESC &, UEL, Raw 53+3");
+    EXPECT_EQ(parser.pdlJobInfo.copies, 2);
+    EXPECT_EQ(parser.pdlJobInfo.m_flags, 4U);
+    EXPECT_EQ(parser.pcl5.firstPageChunk, 3);
+}
+
+TEST(GlobalParser, HandsAnEscapeBehindPjlToPcl)
+{
+    OpenJob job(JobBytes().uel().pjl("SET COPIES=3").esc("E").uel());
+    Global::Parser parser(job.job, job.file, job.papers);
+
+    parser.rawMode(true);
+
+    EXPECT_EQ(inWords(job.job), "UEL, PJL SET, PJL ENTER, ESC E, UEL");
+    EXPECT_EQ(parser.pcl5.firstPageChunk, 4);
+}
+
+TEST(GlobalParser, ReadsPrescribeBehindPjlAndAmongRawData)
+{
+    OpenJob job(JobBytes()
+                    .uel()
+                    .pjl("SET COPIES=2")
+                    .raw("!R!CMNT Color=4,Mono=6;EXIT;ab!R!DUPX 1;EXIT;!R!exit;c!R!d")
+                    .uel());
+    Global::Parser parser(job.job, job.file, job.papers);
+
+    parser.rawMode(true);
+
+    EXPECT_EQ(inWords(job.job),
+              "UEL, PJL SET, Prescribe 28+28, Raw 56+2, Prescribe 58+15, Prescribe 73+8, Raw 81+5, UEL");
+    EXPECT_EQ(parser.prescribe.jobInfo.monoCount, 3);
+    EXPECT_EQ(parser.prescribe.jobInfo.colorCount, 2);
+    EXPECT_EQ(parser.prescribe.jobInfo.duplex, Duplex::LongEdge);
+    EXPECT_EQ(parser.pcl5.firstPageChunk, -1);
+}
+
+TEST(GlobalParser, TakesAPrescribeStartBehindPjlWithoutLookingForItsEnd)
+{
+    OpenJob job(JobBytes().uel().pjl().raw("!R!RES 1" + std::string(200, ' ') + ";EXIT;ab"));
+
+    EXPECT_EQ(rawModeInWords(job), "UEL, PJL , Prescribe 15+214, Raw 229+2");
+}
+
+TEST(GlobalParser, PassesOnWhatTheLanguagesThrow)
+{
+    OpenJob pcl(JobBytes().uel().pjl("ENTER LANGUAGE=PCL").esc(" "));
+    OpenJob prescribe("ab!R!ABCDE;EXIT;"sv);
+    Global::Parser pclParser(pcl.job, pcl.file, pcl.papers);
+    Global::Parser prescribeParser(prescribe.job, prescribe.file, prescribe.papers);
+
+    EXPECT_THROW(pclParser.rawMode(true), JobParserException);
+    EXPECT_THROW(prescribeParser.rawMode(true), JobParserException);
+
+    EXPECT_EQ(inWords(pcl.job), "UEL, PJL ENTER");
+    EXPECT_EQ(inWords(prescribe.job), "Raw 0+2");
+}
+
+/// The rule for PRESCRIBE blocks in raw data, a byte at a time.
+std::string prescribeByteRule(const std::string& bytes)
+{
+    OpenJob job(bytes);
+    std::string words;
+    std::int64_t start = 0;
+    const auto add = [&](const std::string& word) { words += (words.empty() ? "" : ", ") + word; };
+    const auto flush = [&](std::int64_t end) {
+        if (end != start)
+            add("Raw " + std::to_string(start) + "+" + std::to_string(end - start));
+    };
+    std::int64_t position = 0;
+    const auto size = static_cast<std::int64_t>(bytes.size());
+    while (position < size) {
+        Global::Parser fresh(job.job, job.file, job.papers);
+        job.file.setPos(position);
+        if (fresh.matchUel()) {
+            flush(position);
+            add("UEL");
+            position = start = job.file.m_offset;
+        } else if (fresh.prescribe.guessPrescribe()) {
+            flush(position);
+            fresh.prescribe.parse();
+            add("Prescribe " + std::to_string(position) + "+" + std::to_string(job.file.m_offset - position));
+            position = start = job.file.m_offset;
+        } else {
+            ++position;
+        }
+    }
+    flush(size);
+    return words;
+}
+
+TEST(GlobalParser, FindsPrescribeAsTheByteRuleDoesInRandomData)
+{
+    constexpr std::array<std::string_view, 8> fragments{"!R!",   "!",  "R!",  "EXIT;",
+                                                        "exit ", "T;", "x;y", "\x1B%-12345X"};
+    std::mt19937 random(11);
+    for (int repeat = 0; repeat < 150; ++repeat) {
+        std::string text;
+        while (text.size() < 500) {
+            const std::size_t fragment = random() % fragments.size();
+            if (fragment != 3 || random() % 8 == 0)
+                text += fragments[fragment];
+        }
+        // A command that the end of the data cuts fails; this ends the last one.
+        text += ";EXIT;";
+        std::string expected;
+        try {
+            expected = prescribeByteRule(text);
+        } catch (const JobParserException&) {
+            EXPECT_ANY_THROW(rawModeInWords(text));
+            continue;
+        }
+        ASSERT_EQ(rawModeInWords(text), expected) << testing::PrintToString(text);
+    }
+}
+
+TEST(GlobalParser, WalksDataFullOfStartsWithoutAnEnd)
+{
+    std::string text;
+    while (text.size() < 3000000)
+        text += "!R!";
+    EXPECT_EQ(rawModeInWords(text), "Raw 0+3000000");
+    EXPECT_EQ(rawModeInWords(text + "\x1B%-12345X"), "Raw 0+3000000, UEL");
+    EXPECT_EQ(rawModeInWords("\x1B%-12345X" + text + "EXIT;"), "UEL, Raw 9+2999901, Prescribe 2999910+104");
+}
+
 TEST(GlobalParser, CountsAJpegAsOneColourPage)
 {
     OpenJob job("\xFF\xD8\xFF\xE0 and more"sv);
@@ -370,7 +515,7 @@ struct RawToken {
 
 TEST(GlobalParser, TellsWhatStandsAtThePosition)
 {
-    const std::array<RawToken, 9> rows{{
+    const std::array<RawToken, 13> rows{{
         {"", 3, 0},
         {JobBytes().uel().pjl().str(), 2, 9},
         {JobBytes().uel().raw("@pJl").str(), 2, 9},
@@ -380,6 +525,10 @@ TEST(GlobalParser, TellsWhatStandsAtThePosition)
         {JobBytes().esc("%-12345").str(), 0, 1},
         {"@PJL", 0, 1},
         {"x", 0, 1},
+        {"!R!EXIT;", 4, 0},
+        {"!R!EXIT", 0, 1},
+        {"!R!" + std::string(97, ' ') + "EXIT;", 0, 1},
+        {"!", 0, 1},
     }};
 
     for (const RawToken& row : rows) {
