@@ -32,6 +32,10 @@ bool BaseParser::matchUel()
 {
     if (file.peekChar() != static_cast<std::uint8_t>(uel.front()))
         return false;
+    // Escape sequences are many in some languages, and the second byte tells nearly all of them from a UEL.
+    const auto bytes = file.window();
+    if (bytes.size() > 1 && bytes[1] != static_cast<std::uint8_t>(uel[1]))
+        return false;
     return match(uel, false, false);
 }
 
