@@ -1,53 +1,9 @@
 // Any bytes are the inside of a PRESCRIBE block, once with an end and once without.
 
-#include <memory>
 #include <string>
 
 #include "FuzzSupport.h"
-#include "JobParser/Job.h"
-#include "JobParser/JobFile.h"
-#include "JobParser/Parser.h"
-
-#include "Torv/IO/StringStream.h"
-#include "Torv/Json/Json.h"
-#include "Torv/Log/LogNull.h"
-
-namespace
-{
-
-std::string saved(const JobParser::Job& job, JobParser::JobFile& file)
-{
-    Torv::IO::StringStream stream;
-    job.save(file, stream);
-    return stream.str();
-}
-
-void checkParsed(const JobParser::JobParserResult& result, JobParser::JobFile& file, const std::string& bytes)
-{
-    const JobParser::Job& job = *result.job;
-    const std::string text = saved(job, file);
-    Fuzz::require(static_cast<std::int64_t>(text.size()) == job.size(),
-                  "a job saves as many bytes as it says");
-    Fuzz::require(result.parsed || text == bytes, "a job that failed to parse saves byte for byte");
-    const JobParser::Job again(Torv::Json::parse(job.toJson()));
-    Fuzz::require(saved(again, file) == text, "a job made from its metadata saves the same bytes");
-    Fuzz::require(text == bytes, "PRESCRIBE and raw data save byte for byte");
-}
-
-void parseAndCheck(const std::string& bytes)
-{
-    const Fuzz::MemoryFile memoryFile(bytes);
-    JobParser::JobFile file;
-    file.open(memoryFile.path());
-    JobParser::Parser parser(std::make_shared<Torv::Log::LogNull>(), JobParser::paperList, false);
-    const bool checked = Fuzz::survives([&] {
-        const auto result = parser.parse(file, {JobParser::Pdl::Detect, true, true});
-        checkParsed(*result, file, bytes);
-    });
-    Fuzz::require(checked, "any body gives a job that can be saved and made again");
-}
-
-} // namespace
+#include "JobCheck.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
@@ -56,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // Without a UEL no PJL is written anew.
     if (body.find("\x1B%-12345X") != std::string::npos)
         return 0;
-    parseAndCheck("!R!" + body);
-    parseAndCheck("ab!R!" + body + ";EXIT;cd");
+    Fuzz::parseAndCheck("!R!" + body, Fuzz::SavedForm::ByteForByte);
+    Fuzz::parseAndCheck("ab!R!" + body + ";EXIT;cd", Fuzz::SavedForm::ByteForByte);
     return 0;
 }
