@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <boost/beast/core/detail/base64.hpp>
 #include <cstddef>
-#include <simdjson.h>
 
 #include "Torv/Ascii.h"
 
@@ -192,7 +191,13 @@ std::string bytesFromUtf8(std::string_view text)
 
 bool isUtf8(std::string_view text)
 {
-    return simdjson::validate_utf8(text.data(), text.size());
+    while (!text.empty()) {
+        const std::size_t size = sequenceSize(text);
+        if (size == 0)
+            return false;
+        text.remove_prefix(size);
+    }
+    return true;
 }
 
 } // namespace Torv::Encoding

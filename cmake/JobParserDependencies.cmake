@@ -3,6 +3,9 @@ find_package(Threads REQUIRED)
 find_package(Boost 1.81 REQUIRED)
 find_package(simdjson REQUIRED)
 pkg_check_modules(re2 REQUIRED IMPORTED_TARGET re2)
+# For programs only: the archive is not made for shared libraries.
+find_library(RE2_ARCHIVE libre2.a REQUIRED)
+mark_as_advanced(RE2_ARCHIVE)
 
 # Only the header is used: the library beside it is for wide characters and brings ICU along.
 find_path(SIMPLEINI_INCLUDE_DIR SimpleIni.h REQUIRED)

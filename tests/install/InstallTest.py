@@ -46,14 +46,36 @@ class Installed(unittest.TestCase):
     def assert_knows_the_job(self, output):
         self.assertEqual(json.loads(output)["copies"], 5)
 
-    def test_tool_finds_its_library(self):
+    def test_tool_knows_a_job(self):
         self.assert_knows_the_job(run(self.prefix / "bin/jobparser", "info", self.job))
 
-    def test_tool_looks_for_libraries_only_in_its_own_tree(self):
-        # An empty element of the list would be the folder that the tool is called in.
-        entries = run("readelf", "--dynamic", "--wide", self.prefix / "bin/jobparser").decode()
+    def test_tool_reads_metadata_by_the_library_beside_it(self):
+        tool = self.prefix / "bin/jobparser"
+        run(tool, "meta", self.job, "-o", self.folder / "job.meta.json")
 
-        self.assertEqual(re.findall(r"\((?:RUNPATH|RPATH)\).*\[(.*)\]", entries), ["$ORIGIN/../" + self.library.parent.name])
+        metadata = run(tool, "meta", self.job, "--from-meta", self.folder / "job.meta.json")
+
+        self.assertEqual(metadata.decode().strip(), (self.folder / "job.meta.json").read_text().strip())
+
+    def test_tool_parses_alone_and_names_the_library_that_metadata_would_need(self):
+        alone = self.folder / "alone/bin/jobparser"
+        alone.parent.mkdir(parents=True)
+        shutil.copy(self.prefix / "bin/jobparser", alone)
+        run(alone, "meta", self.job, "-o", self.folder / "alone.meta.json")
+
+        done = subprocess.run([alone, "meta", self.job, "--from-meta", self.folder / "alone.meta.json"], capture_output=True)
+
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"Cannot load the reader of JSON | error=", done.stderr)
+        self.assertIn(b"libJobParser.so.1", done.stderr)
+
+    def test_tool_loads_nothing_dear_and_walks_no_search_path(self):
+        entries = run("readelf", "--dynamic", "--wide", self.prefix / "bin/jobparser").decode()
+        needed = set(re.findall(r"\(NEEDED\).*\[(.*)\]", entries))
+
+        self.assertNotRegex(entries, r"\((?:RUNPATH|RPATH)\)")
+        self.assertEqual(
+            [name for name in needed if re.match("lib(stdc|JobParser|simdjson|re2|crypto|ssl)", name)], [])
 
     def test_serves_a_cpp_program_by_its_cmake_package(self):
         build = self.folder / "cpp"
@@ -102,7 +124,7 @@ class Installed(unittest.TestCase):
     def test_shows_no_names_but_its_own(self):
         names = run("nm", "--dynamic", "--defined-only", "--demangle", self.library).decode().splitlines()
         shown = [line.split(maxsplit=2)[2] for line in names]
-        own = re.compile(r".*\b(JobParser|Torv|Pdf)::|ParseJobInfo$")
+        own = re.compile(r".*\b(JobParser|Torv|Pdf)::|(ParseJobInfo|torvReadJsonDocument)$")
         # Instances of the standard library's templates are shared by all of a process anyway.
         shared = re.compile(r".*\bstd::|.*__gnu_cxx::|operator |_init$|_fini$")
 
