@@ -65,10 +65,6 @@ public:
     /// data behind them, which is mapped when the position gets there. Valid until the position moves.
     std::span<const std::uint8_t> window() const;
 
-    /// Asks the machine for the next bytes of the window before they are read. Worth it behind a hop over 192
-    /// bytes and more: there the machine does not foresee where reading goes on.
-    void prefetch() const;
-
     /// Writes `size` bytes from `offset` to the stream. The position is anywhere afterwards.
     ///
     /// Asserts that the file is open and that the offset lies within the data. Throws
@@ -122,16 +118,6 @@ inline std::span<const std::uint8_t> JobFile::window() const
         return {};
     const std::int64_t end = std::min(viewEnd, m_realDataSize);
     return {data + (m_offset - viewStart), static_cast<std::size_t>(end - m_offset)};
-}
-
-inline void JobFile::prefetch() const
-{
-    constexpr std::size_t wanted = 2048;
-    constexpr std::size_t cacheLine = 64;
-
-    const auto bytes = window().first(std::min(window().size(), wanted));
-    for (std::size_t at = 0; at < bytes.size(); at += cacheLine)
-        __builtin_prefetch(&bytes[at]);
 }
 
 } // namespace JobParser

@@ -26,22 +26,6 @@ constexpr std::int64_t bytesAroundValue = 4;
 
 } // namespace
 
-constexpr std::array<std::int32_t, 13> ChunkPclEsc::binDataCmd{
-    0x297357, // ESC ) s # W, soft font header
-    0x287357, // ESC ( s # W, character data
-    0x286657, // ESC ( f # W, symbol set
-    0x266E57, // ESC & n # W, alphanumeric id
-    0x2A6257, // ESC * b # W, raster row
-    0x2A6757, // ESC * g # W, configure raster
-    0x2A6256, // ESC * b # V, raster plane
-    0x2A7657, // ESC * v # W, configure image data
-    0x2A6C57, // ESC * l # W, colour look-up tables
-    0x2A6F57, // ESC * o # W, driver configuration
-    0x2A6D57, // ESC * m # W, dither matrix
-    0x267058, // ESC & p # X, transparent print data
-    0,
-};
-
 ChunkPclEsc::ChunkPclEsc(UnserializationContext&, const Torv::Variant& dto)
     : opGroupParam(static_cast<std::int32_t>(dto["opGroupParam"].toInt64())),
       binOffset(dto["binOffset"].toInt64()), binSize(dto["binSize"].toInt64())
@@ -57,8 +41,7 @@ ChunkPclEsc::ChunkPclEsc(UnserializationContext&, const Torv::Variant& dto)
 
 void ChunkPclEsc::process()
 {
-    const auto end = binDataCmd.end() - 1;
-    if (std::find(binDataCmd.begin(), end, opGroupParam) == end)
+    if (!hasPayload(opGroupParam))
         return;
     binSize = Torv::atoi(value.data());
     if (binSize < 0)

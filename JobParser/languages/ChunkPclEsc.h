@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -48,8 +49,25 @@ public:
     std::int64_t binOffset = 0;   ///< Of the payload in the file.
     std::int64_t binSize = 0;     ///< Bytes of the payload; not negative.
 
+    /// Whether a sequence is one that carries a payload.
+    static bool hasPayload(std::int32_t sequence);
+
     /// The sequences that carry a payload, zero-terminated.
-    static const std::array<std::int32_t, 13> binDataCmd;
+    static constexpr std::array<std::int32_t, 13> binDataCmd{
+        0x297357, // ESC ) s # W, soft font header
+        0x287357, // ESC ( s # W, character data
+        0x286657, // ESC ( f # W, symbol set
+        0x266E57, // ESC & n # W, alphanumeric id
+        0x2A6257, // ESC * b # W, raster row
+        0x2A6757, // ESC * g # W, configure raster
+        0x2A6256, // ESC * b # V, raster plane
+        0x2A7657, // ESC * v # W, configure image data
+        0x2A6C57, // ESC * l # W, colour look-up tables
+        0x2A6F57, // ESC * o # W, driver configuration
+        0x2A6D57, // ESC * m # W, dither matrix
+        0x267058, // ESC & p # X, transparent print data
+        0,
+    };
 
 private:
     char op() const { return static_cast<char>(opGroupParam >> 16); }
@@ -57,5 +75,14 @@ private:
     char param() const { return static_cast<char>(opGroupParam); }
     bool isTwoByte() const { return (opGroupParam & 0xFFFF) == 0; }
 };
+
+inline bool ChunkPclEsc::hasPayload(std::int32_t sequence)
+{
+    // The parameter tells most sequences from those with a payload.
+    const std::int32_t last = sequence & 0xFF;
+    if (last < 'V' || last > 'X')
+        return false;
+    return std::find(binDataCmd.begin(), binDataCmd.end() - 1, sequence) != binDataCmd.end() - 1;
+}
 
 } // namespace JobParser

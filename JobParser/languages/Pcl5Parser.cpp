@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <span>
 
 #include "JobParser/Job.h"
 #include "JobParser/JobFile.h"
 #include "JobParser/JobParserException.h"
+#include "JobParser/languages/ChunkPclEsc.h"
 #include "JobParser/languages/PrescribeParser.h"
 #include "JobParser/model/ChunkFormFeed.h"
 #include "JobParser/model/ChunkRawData.h"
@@ -24,8 +26,32 @@ namespace
 constexpr std::uint8_t escape = 0x1B;
 constexpr std::uint8_t formFeed = 12;
 
-// Bytes of a payload from which on asking ahead for what stands behind it gains more than it costs.
-constexpr std::int64_t farHop = 192;
+// Bytes of a token from which on asking ahead for what stands behind it gains more than it costs.
+constexpr std::size_t farHop = 192;
+
+// The sequences that say something about the job.
+constexpr std::int32_t reset = 0x450000;              // ESC E
+constexpr std::int32_t paperSize = 0x266C41;          // ESC & l # A
+constexpr std::int32_t orientation = 0x266C4F;        // ESC & l # O
+constexpr std::int32_t duplex = 0x266C53;             // ESC & l # S
+constexpr std::int32_t copies = 0x266C58;             // ESC & l # X
+constexpr std::int32_t textParsingMethods = 0x267450; // ESC & t # P
+
+enum class Use { None, Fact, Chunk };
+
+// A rewriter may want to touch what becomes a chunk, all of which belongs to the setup of the job.
+Use useOf(std::int32_t opGroupParam)
+{
+    switch (opGroupParam) {
+    case reset:
+    case paperSize:
+    case duplex:
+    case copies: return Use::Chunk;
+    case orientation:
+    case textParsingMethods: return Use::Fact;
+    default: return Use::None;
+    }
+}
 
 struct PaperCode {
     int code;
@@ -71,6 +97,11 @@ bool hasTwoByteText(std::int32_t textParsingMethod)
     return textParsingMethod == 21 || textParsingMethod == 31 || textParsingMethod == 38;
 }
 
+bool isOpOfGroup(std::uint8_t byte)
+{
+    return byte >= 33 && byte <= 47;
+}
+
 bool isFinalOrGroup(std::uint8_t byte)
 {
     return byte >= 48 && byte <= 126;
@@ -79,6 +110,65 @@ bool isFinalOrGroup(std::uint8_t byte)
 bool isNumberCharacter(std::uint8_t byte)
 {
     return Torv::Ascii::isDigit(byte) || byte == '+' || byte == '-' || byte == '.';
+}
+
+bool isLastParam(std::uint8_t byte)
+{
+    return byte >= 64 && byte <= 95;
+}
+
+bool isCombiningParam(std::uint8_t byte)
+{
+    return byte >= 96 && byte <= 126;
+}
+
+// Asks the machine for the next 2 KiB, since it does not foresee where reading goes on behind a far hop. What
+// lies before `asked` was asked for already. No result: g++ drops the calls of a function that asks and gives
+// a number which nobody but it uses.
+void askAhead(std::span<const std::uint8_t> bytes, std::size_t at, std::size_t& asked)
+{
+    constexpr std::size_t wanted = 2048;
+    constexpr std::size_t cacheLine = 64;
+
+    const std::size_t end = std::min(at + wanted, bytes.size());
+    for (asked = std::max(asked, at); asked < end; asked += cacheLine)
+        __builtin_prefetch(bytes.data() + asked);
+}
+
+// The size of an escape token that says nothing and stands whole in these bytes, with its payload. 0 if it is
+// not as simple as that, and for bytes that are no escape token.
+std::size_t idleTokenSize(std::span<const std::uint8_t> bytes)
+{
+    constexpr std::size_t maxDigits = 9;
+    constexpr int base = 10;
+
+    if (bytes.size() < 3 || bytes[0] != escape)
+        return 0;
+    const std::uint8_t op = bytes[1];
+    const std::uint8_t group = bytes[2];
+    if (isFinalOrGroup(op))
+        return useOf(op << 16) == Use::None ? 2 : 0;
+    // A UEL begins with a percent sign.
+    if (!isOpOfGroup(op) || op == '%' || !isFinalOrGroup(group))
+        return 0;
+    for (std::size_t at = 3; bytes.size() - at > maxDigits;) {
+        int number = 0;
+        for (const std::size_t end = at + maxDigits; at < end && Torv::Ascii::isDigit(bytes[at]); ++at)
+            number = number * base + (bytes[at] - '0');
+        const std::uint8_t param = bytes[at++];
+        const bool isLast = isLastParam(param);
+        if (!isLast && !isCombiningParam(param))
+            return 0;
+        const std::int32_t sequence = op << 16 | group << 8 | Torv::Ascii::toUpper(param);
+        if (useOf(sequence) != Use::None)
+            return 0;
+        const auto payload = static_cast<std::size_t>(ChunkPclEsc::hasPayload(sequence) ? number : 0);
+        if (isLast)
+            return payload <= bytes.size() - at ? at + payload : 0;
+        if (payload != 0)
+            return 0;
+    }
+    return 0;
 }
 
 } // namespace
@@ -93,6 +183,7 @@ void Parser::parse(JobInfo& info)
     m_firstPage = true;
     m_rawStart = file.m_offset;
     for (;;) {
+        skipIdleTokens();
         const std::int64_t tokenStart = file.m_offset;
         switch (getToken()) {
         case Pcl5Token::Text: skipText(); break;
@@ -109,7 +200,10 @@ void Parser::parse(JobInfo& info)
             m_firstPage = false;
             m_rawStart = file.m_offset;
             break;
-        case Pcl5Token::Escape: takeEscapes(tokenStart, info); break;
+        case Pcl5Token::Escape:
+            if (m_hasFacts)
+                takeEscapes(tokenStart, info);
+            break;
         }
     }
 }
@@ -125,105 +219,105 @@ Pcl5Token Parser::getToken()
     }
     if (byte == '!' && prescribe->guessPrescribe())
         return Pcl5Token::Prescribe;
-    escapes.clear();
+    if (byte == escape) {
+        isKept = false;
+        m_hasFacts = false;
+        readEscape([this](const ChunkPclEsc& sequence) {
+            const Use use = useOf(sequence.opGroupParam);
+            isKept |= use == Use::Chunk;
+            m_hasFacts |= use != Use::None;
+        });
+        return Pcl5Token::Escape;
+    }
     file.getChar();
     if (byte == formFeed)
         return Pcl5Token::FormFeed;
-    if (byte == escape) {
-        readEscape();
-        return Pcl5Token::Escape;
-    }
     if (isLeadByte(textParsingMethod, byte))
         file.getChar();
     return Pcl5Token::Text;
 }
 
-void Parser::readEscape()
+// Reads one token, through the states Op, Group and Value, and calls `visit` for each of its sequences.
+template <typename Visit> void Parser::readEscape(const Visit& visit)
 {
-    escapes.emplace_back();
-    for (State state = State::Op; state != State::Done;) {
-        if (file.atEnd())
-            throw JobParserException("GetPclToken(): Unexpected EOF");
-        state = accept(state, file.getChar());
+    file.getChar();
+    ChunkPclEsc sequence;
+
+    const std::uint8_t op = nextOfEscape();
+    if (!isOpOfGroup(op) && !isFinalOrGroup(op))
+        throw JobParserException(Torv::format("PCL: Invalid operation character 0x%x", op));
+    sequence.opGroupParam = op << 16;
+    if (isFinalOrGroup(op))
+        return visit(sequence);
+
+    const std::uint8_t group = nextOfEscape();
+    if (!isFinalOrGroup(group))
+        throw JobParserException(Torv::format("PCL: Invalid group character 0x%x", group));
+
+    for (std::uint8_t param = 0; !isLastParam(param);) {
+        sequence.value.fill('\0');
+        param = readValue(sequence);
+        if (param == escape && sequence.value[0] == '\0') {
+            // Some drivers end a combined sequence with a lower-case letter and begin the next one at once.
+            file.returnChar(1);
+            return;
+        }
+        if (!isLastParam(param) && !isCombiningParam(param))
+            throw JobParserException(Torv::format("PCL: Invalid param/value character '%c'", param));
+        sequence.opGroupParam = op << 16 | group << 8 | Torv::Ascii::toUpper(param);
+        sequence.process();
+        if (sequence.binSize != 0)
+            takePayload(sequence, param);
+        visit(sequence);
     }
 }
 
-Parser::State Parser::accept(State state, std::uint8_t byte)
+// Reads the value and gives the byte behind it.
+std::uint8_t Parser::readValue(ChunkPclEsc& sequence)
 {
-    switch (state) {
-    case State::Op: return takeOp(byte);
-    case State::Group: return takeGroup(byte);
-    case State::Value: return takeValue(byte);
-    case State::Done: break;
-    }
-    return State::Done;
-}
-
-Parser::State Parser::takeOp(std::uint8_t byte)
-{
-    if (byte < 33 || byte > 126)
-        throw JobParserException(Torv::format("PCL: Invalid operation character 0x%x", byte));
-    escapes.back().opGroupParam = byte << 16;
-    return isFinalOrGroup(byte) ? State::Done : State::Group;
-}
-
-Parser::State Parser::takeGroup(std::uint8_t byte)
-{
-    if (!isFinalOrGroup(byte))
-        throw JobParserException(Torv::format("PCL: Invalid group character 0x%x", byte));
-    escapes.back().opGroupParam |= byte << 8;
-    m_valueLength = 0;
-    return State::Value;
-}
-
-Parser::State Parser::takeValue(std::uint8_t byte)
-{
-    if (isNumberCharacter(byte)) {
-        if (m_valueLength == ChunkPclEsc::maxValueLength)
+    for (std::size_t length = 0;; ++length) {
+        const std::uint8_t byte = nextOfEscape();
+        if (!isNumberCharacter(byte))
+            return byte;
+        if (length == ChunkPclEsc::maxValueLength)
             throw JobParserException("PCL: ESC value too long");
-        escapes.back().value[static_cast<std::size_t>(m_valueLength++)] = static_cast<char>(byte);
-        return State::Value;
+        sequence.value[length] = static_cast<char>(byte);
     }
-    if (byte >= 96 && byte <= 126)
-        return endCombinedSequence(byte);
-    if (byte >= 64 && byte <= 95)
-        return endSequence(byte);
-    if (byte == escape && m_valueLength == 0) {
-        // Some drivers end a combined sequence with a lower-case letter and begin the next one at once.
-        escapes.pop_back();
-        file.returnChar(1);
-        return State::Done;
-    }
-    throw JobParserException(Torv::format("PCL: Invalid param/value character '%c'", byte));
 }
 
-// Ends one sequence of a combined one; the next one has the same op and group.
-Parser::State Parser::endCombinedSequence(std::uint8_t byte)
+void Parser::takePayload(ChunkPclEsc& sequence, std::uint8_t param)
 {
-    ChunkPclEsc& sequence = escapes.back();
-    const std::int32_t opGroup = sequence.opGroupParam;
-    sequence.opGroupParam |= Torv::Ascii::toUpper(byte);
-    sequence.process();
-    if (sequence.binSize != 0)
+    if (!isLastParam(param))
         throw JobParserException("GetPclToken(): ESC with binary date not expected");
-    escapes.emplace_back().opGroupParam = opGroup;
-    m_valueLength = 0;
-    return State::Value;
+    sequence.binOffset = file.m_offset;
+    if (!file.advancePos(sequence.binSize))
+        throw JobParserException("GetPclToken(): Unexpected EOF");
 }
 
-Parser::State Parser::endSequence(std::uint8_t byte)
+std::uint8_t Parser::nextOfEscape()
 {
-    ChunkPclEsc& sequence = escapes.back();
-    sequence.opGroupParam |= byte;
-    sequence.process();
-    if (sequence.binSize != 0) {
-        sequence.binOffset = file.m_offset;
-        if (!file.advancePos(sequence.binSize))
-            throw JobParserException("GetPclToken(): Unexpected EOF");
-        if (sequence.binSize >= farHop)
-            file.prefetch();
+    if (file.atEnd())
+        throw JobParserException("GetPclToken(): Unexpected EOF");
+    return file.getChar();
+}
+
+// Passes the escape tokens that change nothing in the record and in the chunks, which nearly all do: rows of
+// pictures, and moves of the cursor.
+void Parser::skipIdleTokens()
+{
+    const auto bytes = file.window();
+    std::size_t at = 0;
+    std::size_t asked = 0;
+    for (;;) {
+        const std::size_t size = idleTokenSize(bytes.subspan(at));
+        if (size == 0)
+            break;
+        at += size;
+        if (size >= farHop)
+            askAhead(bytes, at, asked);
     }
-    return State::Done;
+    if (at != 0)
+        file.advancePos(static_cast<std::int64_t>(at));
 }
 
 // Passes the text that cannot begin anything. Text of two-byte characters is left to the tokens.
@@ -248,50 +342,35 @@ void Parser::skipText()
     }
 }
 
-// A token becomes chunks as a whole if one of its sequences is kept, and stays raw data otherwise.
+// Reads a token again that says something. It becomes chunks as a whole if one of its sequences is kept, and
+// stays raw data otherwise.
 void Parser::takeEscapes(std::int64_t tokenStart, JobInfo& info)
 {
-    bool kept = false;
-    std::size_t behindSetup = 0;
-    for (std::size_t index = 0; index < escapes.size(); ++index) {
-        if (!processEsc(escapes[index], info))
-            continue;
-        kept = true;
-        if (m_firstPage)
-            behindSetup = index + 1;
-    }
-    if (!kept)
-        return;
-    flushRawData(tokenStart);
-    for (const ChunkPclEsc& sequence : escapes)
+    if (isKept)
+        flushRawData(tokenStart);
+    file.setPos(tokenStart);
+    readEscape([this, &info](const ChunkPclEsc& sequence) {
+        processEsc(sequence, info);
+        if (!isKept)
+            return;
         job.appendChunk(std::make_shared<ChunkPclEsc>(sequence));
-    if (behindSetup != 0)
-        firstPageChunk = static_cast<std::int32_t>(job.chunks.size() - (escapes.size() - behindSetup));
-    m_rawStart = file.m_offset;
+        if (m_firstPage && useOf(sequence.opGroupParam) == Use::Chunk)
+            firstPageChunk = static_cast<std::int32_t>(job.chunks.size());
+    });
+    if (isKept)
+        m_rawStart = file.m_offset;
 }
 
-bool Parser::processEsc(const ChunkPclEsc& sequence, JobInfo& info)
+void Parser::processEsc(const ChunkPclEsc& sequence, JobInfo& info)
 {
     const auto number = [&] { return Torv::atoi(sequence.value.data()); };
     switch (sequence.opGroupParam) {
-    case 0x266C41: // ESC & l # A, paper
-        info.setPaper(getPaper(number()));
-        return true;
-    case 0x266C4F: // ESC & l # O, orientation
-        info.setOrientation(static_cast<Orientation>(number()));
-        return false;
-    case 0x266C53: // ESC & l # S, duplex
-        info.setDuplex(static_cast<Duplex>(number()));
-        return true;
-    case 0x266C58: // ESC & l # X, copies
-        info.setCopiesMax(number());
-        return true;
-    case 0x267450: // ESC & t # P, text parsing method
-        textParsingMethod = number();
-        return false;
-    case 0x450000: // ESC E, reset
-        return true;
-    default: return false;
+    case paperSize: info.setPaper(getPaper(number())); break;
+    case orientation: info.setOrientation(static_cast<Orientation>(number())); break;
+    case duplex: info.setDuplex(static_cast<Duplex>(number())); break;
+    case copies: info.setCopiesMax(number()); break;
+    case textParsingMethods: textParsingMethod = number(); break;
+    default: break;
     }
 }
 

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include "JobParser/JobInfo.h"
-#include "JobParser/languages/ChunkPclEsc.h"
 #include "JobParser/model/BaseParser.h"
+
+namespace JobParser
+{
+class ChunkPclEsc;
+}
 
 namespace JobParser::Prescribe
 {
@@ -34,34 +37,31 @@ public:
     /// chunks appended so far stay, and the raw data behind them is lost.
     void parse(JobInfo& info);
 
-    /// Reads the next token. The sequences of an Escape stand in `escapes`; a UEL and a PRESCRIBE block stay
-    /// unread. Throws as parse does.
+    /// Reads the next token. A UEL and a PRESCRIBE block stay unread. Throws as parse does.
     Pcl5Token getToken();
 
     /// Index in the job's chunks at which the first page of the last body starts; -1 if there was no body.
     std::int32_t firstPageChunk = -1;
 
-    /// The sequences of the token read last, several if it was a combined one.
-    std::vector<ChunkPclEsc> escapes;
+    /// Whether the sequences of the Escape that was read last become chunks.
+    bool isKept = false;
 
 private:
-    enum class State { Op, Group, Value, Done };
-    void readEscape();
-    State accept(State state, std::uint8_t byte);
-    State takeOp(std::uint8_t byte);
-    State takeGroup(std::uint8_t byte);
-    State takeValue(std::uint8_t byte);
-    State endCombinedSequence(std::uint8_t byte);
-    State endSequence(std::uint8_t byte);
+    template <typename Visit> void readEscape(const Visit& visit);
+    std::uint8_t readValue(ChunkPclEsc& sequence);
+    void takePayload(ChunkPclEsc& sequence, std::uint8_t param);
+    std::uint8_t nextOfEscape();
+    void skipIdleTokens();
     void skipText();
     void takeEscapes(std::int64_t tokenStart, JobInfo& info);
-    /// Acts on one sequence. Whether it is kept as a chunk; what is kept belongs to the setup of the job.
-    bool processEsc(const ChunkPclEsc& sequence, JobInfo& info);
+    void processEsc(const ChunkPclEsc& sequence, JobInfo& info);
     void flushRawData(std::int64_t end);
 
     Prescribe::Parser* prescribe;
     std::int32_t textParsingMethod = 0;
-    std::int32_t m_valueLength = 0;
+
+    // Whether the Escape that was read last says something about the job.
+    bool m_hasFacts = false;
 
     // Of the body being walked.
     std::int64_t m_rawStart = 0;
