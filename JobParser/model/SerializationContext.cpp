@@ -1,5 +1,6 @@
 #include "JobParser/model/SerializationContext.h"
 
+#include <algorithm>
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <charconv>
 
@@ -71,28 +72,21 @@ void SerializationContext::appendChunk(std::string& json, const std::shared_ptr<
 
 void SerializationContext::appendDefinition(std::string& json, const IChunk& chunk, std::int32_t id)
 {
-    json += "{\"class\":";
-    Torv::Json::appendString(json, classTag(chunk));
-    json += ",\"id\":";
+    const std::type_info& type = typeid(chunk);
+    const auto known = std::ranges::find(m_knownClasses, &type, &KnownClass::type);
+    json += known != m_knownClasses.end() ? known->start : addKnownClass(chunk);
     appendNumber(json, id);
     json += ",\"dto\":";
     json += chunk.toJson(*this);
     json += '}';
 }
 
-const std::string& SerializationContext::classTag(const IChunk& chunk)
+const std::string& SerializationContext::addKnownClass(const IChunk& chunk)
 {
-    const std::type_info& type = typeid(chunk);
-    for (KnownClass& known : m_knownClasses) {
-        if (known.type == &type)
-            return *known.tag;
-        if (known.type == nullptr) {
-            const std::string& tag = Reflection::chunkClass(chunk);
-            known = {&type, &tag};
-            return tag;
-        }
-    }
-    return Reflection::chunkClass(chunk);
+    KnownClass known{&typeid(chunk), "{\"class\":"};
+    Torv::Json::appendString(known.start, Reflection::chunkClass(chunk));
+    known.start += ",\"id\":";
+    return m_knownClasses.emplace_back(std::move(known)).start;
 }
 
 } // namespace JobParser

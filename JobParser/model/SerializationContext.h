@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -37,16 +36,17 @@ private:
 
     void appendChunk(std::string& json, const std::shared_ptr<IChunk>& chunk);
     void appendDefinition(std::string& json, const IChunk& chunk, std::int32_t id);
-    const std::string& classTag(const IChunk& chunk);
+    const std::string& addKnownClass(const IChunk& chunk);
 
-    /// The tag of a class that was written before. A job has few classes, and their chunks take turns.
+    /// What the text of a chunk of some class begins with, up to its id. A job has few classes, and their
+    /// chunks take turns.
     struct KnownClass {
-        const std::type_info* type = nullptr;
-        const std::string* tag = nullptr;
+        const std::type_info* type;
+        std::string start;
     };
 
     std::unique_ptr<Ids> m_ids;
-    std::array<KnownClass, 8> m_knownClasses;
+    std::vector<KnownClass> m_knownClasses;
     std::int32_t m_lastId = 1;
 };
 

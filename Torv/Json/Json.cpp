@@ -106,14 +106,16 @@ void appendString(std::string& out, std::string_view bytes)
         const std::size_t plain = plainSize(bytes);
         out += bytes.substr(0, plain);
         bytes.remove_prefix(plain);
+        if (bytes.empty())
+            break;
         // No UTF-8 sequence reaches into a stretch of ASCII or out of it.
         const auto end = std::find_if_not(bytes.begin(), bytes.end(), isBeyondAscii);
         const auto size = static_cast<std::size_t>(end - bytes.begin());
         if (size != 0)
             Encoding::appendAsUtf8(out, bytes.substr(0, size));
-        else if (!bytes.empty())
+        else
             appendEscape(out, bytes.front());
-        bytes.remove_prefix(std::min(std::max<std::size_t>(size, 1), bytes.size()));
+        bytes.remove_prefix(std::max<std::size_t>(size, 1));
     }
     out += '"';
 }
