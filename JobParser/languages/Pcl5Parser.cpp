@@ -148,8 +148,8 @@ std::size_t idleTokenSize(std::span<const std::uint8_t> bytes)
     const std::uint8_t group = bytes[2];
     if (isFinalOrGroup(op))
         return useOf(op << 16) == Use::None ? 2 : 0;
-    // A UEL begins with a percent sign.
-    if (!isOpOfGroup(op) || op == '%' || !isFinalOrGroup(group))
+    // A UEL is among these, since its third byte is no group.
+    if (!isOpOfGroup(op) || !isFinalOrGroup(group))
         return 0;
     for (std::size_t at = 3; bytes.size() - at > maxDigits;) {
         int number = 0;

@@ -282,28 +282,92 @@ TEST(Parser, LetsPrescribeOverrulePjlAndPjlOverrulePcl)
     EXPECT_EQ(parse(withoutPrescribe)->job->jobInfo.paper, PaperA4);
 }
 
+struct MalformedBody {
+    std::string bytes;
+    const char* error;
+};
+
+const std::array<MalformedBody, 17> malformedBodies{{
+    {"\x1B ", "PCL: Invalid operation character 0x20"},
+    {"\x1B*\x1B", "PCL: Invalid group character 0x1b"},
+    {"\x1B*p ", "PCL: Invalid param/value character ' '"},
+    {"\x1B*p123456789012345X", "PCL: ESC value too long"},
+    {"\x1B", "GetPclToken(): Unexpected EOF"},
+    {"\x1B*", "GetPclToken(): Unexpected EOF"},
+    {"\x1B*p", "GetPclToken(): Unexpected EOF"},
+    {"\x1B*b9Wx", "GetPclToken(): Unexpected EOF"},
+    {"\x1B*b2147483647Wx", "GetPclToken(): Unexpected EOF"},
+    {"\x1B*b-1Wx", "PCL: Negative binary data size"},
+    {"\x1B*b2147483648Wx", "PCL: Negative binary data size"},
+    {"\x1B*b1wx", "GetPclToken(): ESC with binary date not expected"},
+    {"!R!COPY 3;ABCDE;EXIT;", "JobParser: Prescribe cmd name too long"},
+    {"!R!COPY 3;X \"EXIT;", "GetPrescribeToken(): Unexpected EOF"},
+    {"!R!X 'EXIT;" + std::string(11000, 'x') + "';", "JobParser: Prescribe cmd too long"},
+    {"!R!X 'EXIT;'" +
+         [] {
+             std::string parameters;
+             for (int index = 0; index < 128; ++index)
+                 parameters += ",1";
+             return parameters;
+         }() +
+         ";",
+     "JobParser: Prescribe cmd has too many parameters"},
+    {"\x1B&t38P\x80", "Unexpected end of file"},
+}};
+
 TEST(Parser, MakesAJobWithMalformedPclOrPrescribeOneRawStretch)
 {
-    for (const std::string& body : {std::string("\x1B"
-                                                "E\x1B&l3X\x1B "),
-                                    std::string("!R!COPY 3;ABCDE;EXIT;"), std::string("\x1B*b9Wx")}) {
-        const bool isPrescribe = body.front() == '!';
-        const std::string bytes =
-            JobBytes().uel().pjl(isPrescribe ? "EOJ" : "ENTER LANGUAGE=PCL").raw(body).str();
+    const std::string start = "\x1B"
+                              "E\x1B&l26a3Xab\f";
+    for (const MalformedBody& body : malformedBodies) {
+        for (const bool isPjl : {false, true}) {
+            JobBytes bytes;
+            if (isPjl)
+                bytes.uel().pjl("SET COPIES=2").pjl("ENTER LANGUAGE=PCL");
+            bytes.raw(start).raw(body.bytes);
+            OpenJob job(bytes);
+            Record expected;
+            expected.pjl = isPjl;
+            expected.pdl = "null";
+            expected.copies = "null";
+            const auto log = std::make_shared<RecordingLog>(Torv::Log::LevelError);
+
+            const auto result = parse(job, detectAll, log);
+
+            EXPECT_FALSE(result->parsed) << body.error;
+            EXPECT_EQ(result->job->jobInfo.toJson(), expected.json());
+            EXPECT_EQ(dumped(*result->job), "Job parser: Dumping 1 chunks\nRaw (" +
+                                                std::to_string(bytes.str().size()) + " bytes)\n");
+            EXPECT_EQ(saved(*result->job, job.file), bytes.str());
+            ASSERT_EQ(log->messages.size(), 1U);
+            EXPECT_TRUE(log->messages[0].text.ends_with(" | error=" + std::string(body.error)))
+                << log->messages[0].text;
+        }
+    }
+}
+
+TEST(Parser, TakesAPrescribeBlockThatIsCutAnywhere)
+{
+    const std::string block = "!R! CMNT \"Page=1\",x ; COPY 2;EXIT;";
+    const std::string start = JobBytes().uel().pjl("EOJ").str();
+    std::vector<std::size_t> whole;
+    for (std::size_t size = 3; size <= block.size(); ++size) {
+        const std::string bytes = start + block.substr(0, size);
         OpenJob job(bytes);
-        Record expected;
-        expected.pjl = true;
-        expected.pdl = "null";
-        expected.copies = "null";
 
         const auto result = parse(job);
 
-        EXPECT_FALSE(result->parsed);
-        EXPECT_EQ(result->job->jobInfo.toJson(), expected.json());
-        EXPECT_EQ(dumped(*result->job),
-                  "Job parser: Dumping 1 chunks\nRaw (" + std::to_string(bytes.size()) + " bytes)\n");
-        EXPECT_EQ(saved(*result->job, job.file), bytes);
+        EXPECT_TRUE(result->job->jobInfo.pjl);
+        if (result->parsed) {
+            whole.push_back(size);
+            EXPECT_EQ(result->job->chunks.size(), 3U);
+        } else {
+            EXPECT_EQ(result->job->chunks.size(), 1U);
+            EXPECT_EQ(saved(*result->job, job.file), bytes);
+        }
     }
+    // Where a command ends, and the job with it.
+    EXPECT_EQ(whole, (std::vector<std::size_t>{3, 21, 29, 34}));
 }
 
 TEST(Parser, WritesKeptCombinedSequencesAsSingleOnes)

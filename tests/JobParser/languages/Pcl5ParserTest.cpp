@@ -238,6 +238,126 @@ TEST(Pcl5Parser, FailsForMalformedSequences)
         EXPECT_EQ(failure(row.bytes), row.error) << testing::PrintToString(row.bytes);
 }
 
+/// What a state makes of each byte: the bytes that it takes and those that end the token, and the error for
+/// all others. `start` leads into the state.
+struct StateRow {
+    std::string_view start;
+    std::string_view taken;
+    std::string_view ending;
+    std::string_view error;
+};
+
+std::string_view bytesFrom(int first, int last)
+{
+    static const std::string all = [] {
+        std::string bytes;
+        for (int byte = 0; byte < 256; ++byte)
+            bytes += static_cast<char>(byte);
+        return bytes;
+    }();
+    return std::string_view(all).substr(static_cast<std::size_t>(first),
+                                        static_cast<std::size_t>(last - first) + 1);
+}
+
+TEST(Pcl5Parser, TakesTheBytesOfEachStateAndNoOthers)
+{
+    const std::string inValue = "+-.0123456789" + std::string(bytesFrom(96, 126));
+    const std::array<StateRow, 4> rows{{
+        {"\x1B", bytesFrom(33, 47), bytesFrom(48, 126), "PCL: Invalid operation character 0x"},
+        {"\x1B*", bytesFrom(48, 126), "", "PCL: Invalid group character 0x"},
+        // An ESC ends the token too, and begins one.
+        {"\x1B*p", inValue, bytesFrom(64, 95), "PCL: Invalid param/value character '"},
+        {"\x1B*p1", inValue, bytesFrom(64, 95), "PCL: Invalid param/value character '"},
+    }};
+
+    for (const StateRow& row : rows) {
+        const std::string place = std::to_string(row.start.size() + 1) + " ";
+        for (const char byte : bytesFrom(0, 255)) {
+            const std::string token = std::string(row.start) + byte;
+            const bool isTaken = row.taken.find(byte) != std::string_view::npos;
+            const bool isEnd = row.ending.find(byte) != std::string_view::npos;
+            const bool isNext = byte == '\x1B' && row.start == "\x1B*p";
+            // With bytes behind it that end any token, and can be text.
+            const std::string inBody = failure(token + "1Z" + std::string(40, ' '));
+
+            if (isEnd) {
+                EXPECT_EQ(failure(token), "none") << testing::PrintToString(token);
+                EXPECT_EQ(inBody, "none") << testing::PrintToString(token);
+            } else if (isTaken || isNext) {
+                EXPECT_EQ(failure(token), place + "GetPclToken(): Unexpected EOF")
+                    << testing::PrintToString(token);
+                EXPECT_EQ(inBody, "none") << testing::PrintToString(token);
+            } else {
+                EXPECT_TRUE(failure(token).starts_with(place + std::string(row.error)))
+                    << testing::PrintToString(token) << failure(token);
+                EXPECT_TRUE(inBody.starts_with(place + std::string(row.error)))
+                    << testing::PrintToString(token) << inBody;
+            }
+        }
+    }
+}
+
+TEST(Pcl5Parser, StepsOverThePayloadsOfTheSequencesThatHaveOne)
+{
+    constexpr std::array<std::string_view, 12> withPayload{")s3W", "(s3W", "(f3W", "&n3W", "*b3W", "*b3V",
+                                                           "*g3W", "*v3W", "*l3W", "*o3W", "*m3W", "&p3X"};
+    constexpr std::array<std::string_view, 12> without{")s3V", "(s3X", "(f3V", "&n3X", "*b3X", "*b3Y",
+                                                       "*g3V", "*v3V", "*l3X", "*p3X", "*m3V", "&p3W"};
+    // So that it is found both by the search in bulk and near the end of the file.
+    const std::string text(40, ' ');
+
+    for (const std::string_view sequence : withPayload) {
+        const std::string token = "\x1B" + std::string(sequence);
+        EXPECT_EQ(parsed(token + "\f\x1B\x1B"), "Raw 0+8 | 0") << sequence;
+        EXPECT_EQ(parsed(token + "\f\x1B\x1B\f" + text), "Raw 0+8, FF, Raw 9+40 | 0") << sequence;
+    }
+    for (const std::string_view sequence : without) {
+        const std::string token = "\x1B" + std::string(sequence);
+        EXPECT_EQ(parsed(token + "\f"), "Raw 0+5, FF | 0") << sequence;
+        EXPECT_EQ(parsed(token + "\f" + text), "Raw 0+5, FF, Raw 6+40 | 0") << sequence;
+    }
+}
+
+struct PayloadSize {
+    const char* value;
+    int size;
+};
+
+TEST(Pcl5Parser, ReadsTheSizeOfAPayloadAsANumberOf32Bits)
+{
+    for (const PayloadSize& row : {PayloadSize{"", 0},
+                                   {"0", 0},
+                                   {"-0", 0},
+                                   {"+3", 3},
+                                   {"3.9", 3},
+                                   {".9", 0},
+                                   {"3-1", 3},
+                                   {"+-3", 0},
+                                   {"--3", 0},
+                                   {"00000003", 3},
+                                   {"000000003", 3},
+                                   {"0000000003", 3},
+                                   {"4294967299", 3},
+                                   {"-4294967293", 3}}) {
+        const std::string token = "\x1B*b" + std::string(row.value) + "W";
+        const std::string payload(static_cast<std::size_t>(row.size), '\x1B');
+        const auto size = static_cast<std::int64_t>(token.size() + payload.size());
+
+        EXPECT_EQ(parsed(token + payload + "\f" + std::string(40, ' ')),
+                  "Raw 0+" + std::to_string(size) + ", FF, Raw " + std::to_string(size + 1) + "+40 | 0")
+            << row.value;
+    }
+    const std::string behind(40, ' ');
+    EXPECT_EQ(failure("\x1B*b2147483648W" + behind), "14 PCL: Negative binary data size");
+    EXPECT_EQ(failure("\x1B*b-1W" + behind), "6 PCL: Negative binary data size");
+    EXPECT_EQ(failure("\x1B*b2147483647W" + behind), "14 GetPclToken(): Unexpected EOF");
+    EXPECT_EQ(failure("\x1B*b41W" + behind), "6 GetPclToken(): Unexpected EOF");
+    EXPECT_EQ(failure("\x1B*b40W" + behind), "none");
+    EXPECT_EQ(failure("\x1B*b3w" + behind), "5 GetPclToken(): ESC with binary date not expected");
+    EXPECT_EQ(failure("\x1B*b123456789012345" + behind), "18 PCL: ESC value too long");
+    EXPECT_EQ(failure("\x1B*b12345678901234M" + behind), "none");
+}
+
 TEST(Pcl5Parser, TakesSequencesAtTheLimits)
 {
     EXPECT_EQ(parsed("\x1B&l12345678901234X"), "&l12345678901234X | 1");
@@ -403,6 +523,10 @@ TEST(Pcl5Parser, ReadsTextOfTwoByteCharacters)
     EXPECT_EQ(parsed("\x1B&t21P!\x0C"), "Raw 0+8 | 0");
     EXPECT_EQ(parsed("\x1B&t21P \x0C"), "Raw 0+7, FF | 0");
     EXPECT_EQ(parsed("\x1B&t21P a\x0C"), "Raw 0+9 | 0");
+    EXPECT_EQ(parsed("\x1B&t21P\xFF\x0C"), "Raw 0+8 | 0");
+    // A PRESCRIBE block begins at a character, whatever its bytes mean, and not inside one.
+    EXPECT_EQ(parsed("\x1B&t21P!R!EXIT;"), "Raw 0+6, Prescribe 6+8 | 0");
+    EXPECT_EQ(parsed("\x1B&t21Pa!R!EXIT;b"), "Raw 0+16 | 0");
     for (const char* method : {"0", "1", "2", "20", "22", "30", "32", "37", "39", "-21"}) {
         const std::string start = "\x1B&t" + std::string(method) + "P";
         EXPECT_EQ(parsed(start + "\x85\x0C"), "Raw 0+" + std::to_string(start.size() + 1) + ", FF | 0");

@@ -39,6 +39,14 @@ JobInfo read(std::string_view commands)
     return reading.parser.jobInfo;
 }
 
+std::string counts(const JobInfo& info)
+{
+    if (info.flags(JobInfo::FlagPageCount) == 0)
+        return "unknown";
+    return std::to_string(info.monoCount) + "/" + std::to_string(info.grayCount) + "/" +
+           std::to_string(info.colorCount);
+}
+
 /// What a block fails with and where the file stands then.
 std::string failure(std::string_view bytes)
 {
@@ -311,11 +319,34 @@ TEST(PrescribeParser, ReadsParametersHoweverTheyAreWritten)
     }
 }
 
+TEST(PrescribeParser, TellsParametersApart)
+{
+    EXPECT_EQ(counts(read("CMNT Color=6,Mono=4,;")), "4/0/6") << "a comma opens no parameter";
+    EXPECT_EQ(counts(read("CMNT Color=6, \r\n;")), "unknown");
+    EXPECT_EQ(counts(read("CMNT Color=6,,Mono=4;")), "unknown") << "between two commas stands an empty one";
+    EXPECT_EQ(counts(read("CMNT \"Color=6\" x ,\r\n'Mono=4' y;")), "4/0/6");
+    EXPECT_EQ(counts(read("CMNT Color=6 ,Mono=4 ;")), "4/0/6");
+    EXPECT_EQ(counts(read("CMNT Color=6\"',Mono=4;")), "4/0/6") << "quotes inside are text";
+    EXPECT_EQ(counts(read("CMNT \"Color=6,;'\",'Mono=4\",;';")), "4/0/6");
+    EXPECT_EQ(counts(read("CMNT\"Color=6\"\"Mono=4\";")), "unknown") << "a quote behind a quote is ignored";
+}
+
+TEST(PrescribeParser, ReadsNumbersOf32Bits)
+{
+    EXPECT_EQ(read("COPY 4294967303;").copies, 7);
+    EXPECT_EQ(read("COPY 7.9;").copies, 7);
+    EXPECT_EQ(read("COPY \"\";").copies, 1);
+    EXPECT_EQ(read("COPY +7;").copies, 7);
+    EXPECT_EQ(static_cast<int>(read("DUPX 99999999999999999999;").duplex), -1);
+    EXPECT_EQ(counts(read("CMNT Color=-2147483648,Mono=4294967295;")), "-1/0/-2147483648");
+}
+
 TEST(PrescribeParser, TakesABlankForAnEndOfTheNameOnly)
 {
     EXPECT_EQ(read("COPY\t7;").copies, 7) << "white space of a number";
     EXPECT_EQ(read(";;;COPY 4;").copies, 4);
     EXPECT_EQ(read("1;COPY 4;").copies, 4);
+    EXPECT_EQ(read("\tCOPY 4;").m_flags, 8192U) << "not skipped before a name";
     EXPECT_EQ(read("COP 4;").m_flags, 8192U);
     EXPECT_EQ(read("EXI 1;").m_flags, 8192U);
 }
@@ -389,14 +420,6 @@ TEST(PrescribeParser, ReadsThePaperOfTheDriver)
     EXPECT_EQ(read("CMNT \"PaperSize=nonsense\";").m_flags, 8200U);
     EXPECT_EQ(read("CMNT \"PaperSize=\";").m_flags, 8192U);
     EXPECT_EQ(read("CMNT \"papersize=A4\";").m_flags, 8192U);
-}
-
-std::string counts(const JobInfo& info)
-{
-    if (info.flags(JobInfo::FlagPageCount) == 0)
-        return "unknown";
-    return std::to_string(info.monoCount) + "/" + std::to_string(info.grayCount) + "/" +
-           std::to_string(info.colorCount);
 }
 
 std::string countsWithCopies(int copies, std::string_view commands)
