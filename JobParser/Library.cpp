@@ -10,6 +10,7 @@
 #include "JobParser/model/ChunkText.h"
 #include "JobParser/model/ChunkUel.h"
 #include "JobParser/model/Reflection.h"
+#include "JobParser/xps/ChunkXps.h"
 
 namespace JobParser
 {
@@ -24,6 +25,7 @@ void registerChunkClasses()
     Reflection::registerChunkClass<ChunkRawData>();
     Reflection::registerChunkClass<ChunkPclEsc>();
     Reflection::registerChunkClass<ChunkText>();
+    Reflection::registerChunkClass<ChunkXps>();
     Reflection::registerChunkClass<ChunkPjlCmd>();
     Reflection::registerChunkClass<ChunkPjlCmdBase64String>();
     Reflection::registerChunkClass<ChunkPrescribe>();

@@ -109,6 +109,8 @@ void Parser::walk(Global::Parser& globalParser, Pdl& pdl, bool allowRestrictedPd
         globalParser.prescribe.parse();
     else if (pdl == Pdl::Jpeg)
         globalParser.jpegMode(allowRestrictedPdf);
+    else if (pdl == Pdl::Xps)
+        globalParser.xpsMode();
     // Whatever a language left over is accounted for here.
     globalParser.rawMode(allowRestrictedPdf);
     const std::int32_t firstPage = globalParser.pcl5.firstPageChunk;

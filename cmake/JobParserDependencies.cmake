@@ -7,6 +7,15 @@ pkg_check_modules(re2 REQUIRED IMPORTED_TARGET re2)
 find_library(RE2_ARCHIVE libre2.a REQUIRED)
 mark_as_advanced(RE2_ARCHIVE)
 
+# Its pkg-config file puts headers named like those of the system into the search path.
+find_path(MINIZIP_INCLUDE_DIR minizip/unzip.h REQUIRED)
+find_library(MINIZIP_LIBRARY minizip REQUIRED)
+mark_as_advanced(MINIZIP_INCLUDE_DIR MINIZIP_LIBRARY)
+add_library(minizip::minizip UNKNOWN IMPORTED)
+set_target_properties(minizip::minizip PROPERTIES
+    IMPORTED_LOCATION ${MINIZIP_LIBRARY}
+    INTERFACE_INCLUDE_DIRECTORIES ${MINIZIP_INCLUDE_DIR})
+
 # Only the header is used: the library beside it is for wide characters and brings ICU along.
 find_path(SIMPLEINI_INCLUDE_DIR SimpleIni.h REQUIRED)
 mark_as_advanced(SIMPLEINI_INCLUDE_DIR)

@@ -108,6 +108,8 @@ class Reader(unittest.TestCase):
             ("JobParser/languages/PjlParser.cpp", "JobParser/Parser.h"),
             ("pdf/Document.cpp", "JobParser/ParseJobInfo.h"),
             ("JobParser/Parser.cpp", "tools/Subcommands.h"),
+            ("JobParser/model/Job.cpp", "JobParser/xps/ChunkXps.h"),
+            ("JobParser/xps/XpsParser.cpp", "JobParser/Parser.h"),
         ):
             with self.subTest(f"{path} includes {included}"):
                 self.assertEqual(self.includes(path, f'#include "{included}"\n'), [included])
@@ -122,6 +124,7 @@ class Reader(unittest.TestCase):
             ("JobParser/languages/PjlParser.cpp", "JobParser/model/GlobalParser.h"),
             ("JobParser/Parser.h", "pdf/PdfParserException.h"),
             ("tools/main.cpp", "JobParser/Parser.h"),
+            ("JobParser/xps/XpsParser.cpp", "JobParser/JobFile.h"),
         ):
             with self.subTest(f"{path} includes {included}"):
                 self.assertEqual(self.includes(path, f'#include "{included}"\n'), [])

@@ -71,6 +71,11 @@ add_room_tests(LanguagesTests
     JobParser/languages/PrescribeCmdTest.cpp
     JobParser/languages/PrescribeParserTest.cpp)
 
+add_room_tests(XpsTests
+    JobParser/xps/ChunkXpsTest.cpp
+    JobParser/xps/XpsParserTest.cpp
+    JobParser/xps/XpsTicketTest.cpp)
+
 add_room_tests(FrameTests
     JobParser/LibraryTest.cpp
     JobParser/ParseJobInfoTest.cpp

@@ -9,6 +9,8 @@
 #include "JobParser/JobFile.h"
 #include "JobParser/model/ChunkRawData.h"
 #include "JobParser/model/ChunkUel.h"
+#include "JobParser/xps/ChunkXps.h"
+#include "JobParser/xps/XpsParser.h"
 
 #include "Torv/BytePairs.h"
 
@@ -100,6 +102,13 @@ void Parser::jpegMode(bool allowRestrictedPdf)
 {
     pdlJobInfo.setPageCount(0, 0, 1);
     rawMode(allowRestrictedPdf);
+}
+
+void Parser::xpsMode()
+{
+    const std::int64_t start = file.m_offset;
+    pdlJobInfo = XpsParser(file).parse();
+    job.appendChunk(std::make_shared<ChunkXps>(start, file.m_offset - start));
 }
 
 // Stops at the first byte from which on something may begin, which may be the last one of a view.

@@ -32,6 +32,11 @@ public:
     /// A JPEG job is one image and counts as one colour page; nothing in it is read.
     void jpegMode(bool allowRestrictedPdf);
 
+    /// Learns what the print ticket of an XPS package says, in place of all that was known of the language,
+    /// and keeps the package as one chunk that ends where its reading ended. Passes on what the package fails
+    /// with; then nothing has changed.
+    void xpsMode();
+
     /// Classifies what stands at the position. A UEL is passed, and so is a byte that begins nothing; a
     /// PRESCRIBE block stays unread.
     Pjl::PjlToken getRawToken();

@@ -22,13 +22,14 @@ struct ChunkClass {
 
 TEST(Library, RegistersTheChunkClassesByTheTagsOfStoredFiles)
 {
-    constexpr std::array<ChunkClass, 9> classes{{
+    constexpr std::array<ChunkClass, 10> classes{{
         {"UelE", "{}"},
         {"FormFeedE", "{}"},
         {"FirstPageStartE", "{}"},
         {"RawDataE", R"({"offset":1,"size":2})"},
         {"PclEscE", R"({"opGroupParam":2777687,"binOffset":1,"binSize":2,"value":"2"})"},
         {"TextE", R"({"text":"a"})"},
+        {"XpsE", R"({"offset":1,"size":2})"},
         {"PjlCmdE", R"({"cmd":"SET","param":"COPIES=2"})"},
         {"PjlCmdBase64StringE", R"({"cmd":"SET","param":"YQ=="})"},
         {"PrescribeE", R"({"ofs":1,"size":2})"},
