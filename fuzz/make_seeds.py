@@ -4,7 +4,9 @@
 Files that stand in the folders besides, such as inputs that a fuzzer found, stay as they are.
 """
 
+import io
 import pathlib
+import zipfile
 
 UEL = b"\x1b%-12345X"
 HERE = pathlib.Path(__file__).resolve().parent
@@ -21,6 +23,32 @@ def chunk(name, number, dto="{}"):
 
 def metadata(*chunks, info="{}"):
     return ('{"jobInfo":%s,"chunks":[%s]}' % (info, ",".join(chunks))).encode()
+
+
+def ticket(copies=b"2", mono=b"10", color=b"4", sides=b"TwoSidedLongEdge", paper=b"ISOA4"):
+    def parameter(name, value):
+        return b'<psf:ParameterInit name="%s"><psf:Value xsi:type="xsd:integer">%s</psf:Value></psf:ParameterInit>' % (
+            name, value)
+
+    def feature(name, option):
+        return b'<psf:Feature name="%s"><psf:Option name="psk:%s"/></psf:Feature>' % (name, option)
+
+    return (parameter(b"psk:JobCopiesAllDocuments", copies) + parameter(b"ns0000:JobTotalColorPages", color)
+            + parameter(b"ns0000:JobTotalMonochromePages", mono)
+            + feature(b"psk:JobDuplexAllDocumentsContiguously", sides) + feature(b"psk:PageMediaSize", paper))
+
+
+TICKET_NAME = "Metadata/Job_PT.xml"
+
+
+def package(*parts, method=zipfile.ZIP_DEFLATED):
+    data = io.BytesIO()
+    with zipfile.ZipFile(data, "w") as archive:
+        for name, content in parts:
+            entry = zipfile.ZipInfo(name, (2000, 1, 1, 0, 0, 0))
+            entry.compress_type = method
+            archive.writestr(entry, content)
+    return data.getvalue()
 
 
 JOBS = {
@@ -178,9 +206,28 @@ PRESCRIBE = {
 }
 
 
+XPS = {
+    "empty": b"",
+    "ticket": package(("a.xml", b"<a/>"), (TICKET_NAME, ticket()), ("b.xml", b"<b/>")),
+    "ticket_stored": package((TICKET_NAME, ticket()), method=zipfile.ZIP_STORED),
+    "two_tickets": package((TICKET_NAME, ticket()), ("metadata/job_pt.xml.2", ticket(copies=b"3"))),
+    "no_ticket": package(("a.xml", b"<a/>")),
+    "no_parts": package(),
+    "long_name": package((TICKET_NAME + "x" * 281, ticket()), ("y" * 300, b"")),
+    "encrypted": package((TICKET_NAME, ticket())).replace(b"\x14\0\0\0\x08", b"\x14\0\1\0\x08"),
+    "unknown_method": package((TICKET_NAME, ticket())).replace(b"\x14\0\0\0\x08", b"\x14\0\0\0\x63"),
+    "directory_outside": package((TICKET_NAME, ticket()))[:-6] + b"\xff\xff\xff\x7f\0\0",
+    "cut": package((TICKET_NAME, ticket()))[:-30],
+    "ticket_text": ticket(),
+    "ticket_text_with_blanks": ticket(copies=b" 2", mono=b"3\n", color=b"", sides=b"Manual", paper=b"Custom"),
+    "ticket_text_unclosed": ticket()[:-8],
+    "paper_text": b'name="psk:PageMediaSize">\n<psf:Option a="b" name="psk:ISOA3" name="psk:',
+}
+
+
 def main():
     for target, seeds in {"JobFuzz": JOBS, "MetadataFuzz": METADATA, "JsonFuzz": JSON, "Pcl5Fuzz": PCL5,
-                          "PrescribeFuzz": PRESCRIBE}.items():
+                          "PrescribeFuzz": PRESCRIBE, "XpsFuzz": XPS}.items():
         folder = HERE / (target + "_corpus")
         folder.mkdir(exist_ok=True)
         for name, content in seeds.items():
