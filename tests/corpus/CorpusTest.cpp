@@ -174,6 +174,12 @@ constexpr std::array<ToldFacts, 33> toldByPjl{{
     {"splix-samsung-clp300-qpdl.prn", "pdl"},
 }};
 
+// The same for the print tickets of packages.
+constexpr std::array<ToldFacts, 2> toldByTickets{{
+    {"public-tika-testXPSWithDataDescriptor.xps", "pdl copies paper"},
+    {"public-tika-testXPSWithDataDescriptor2.xps", "pdl copies paper"},
+}};
+
 struct ParsedJob {
     const Corpus::RealJob& real;
     JobParser::JobFile& file;
@@ -349,6 +355,24 @@ TEST_F(RealJobs, KnowAllThatTheirPjlTells)
     });
 
     EXPECT_EQ(found.size(), toldByPjl.size());
+}
+
+TEST_F(RealJobs, KnowAllThatTheirPrintTicketsTell)
+{
+    std::set<std::string_view> found;
+
+    forEach([&](const ParsedJob& job) {
+        const auto row = std::ranges::find(toldByTickets, job.real.name, &ToldFacts::file);
+        EXPECT_EQ(row != toldByTickets.end(), job.real.expect.contains("ticket"));
+        if (row == toldByTickets.end())
+            return;
+        found.insert(row->file);
+        const Corpus::Facts reported = Corpus::recordFacts(job.result.job->jobInfo);
+        for (const std::string& fact : Torv::explode(row->facts, " ", 100, true))
+            EXPECT_TRUE(reported.contains(fact)) << fact;
+    });
+
+    EXPECT_EQ(found.size(), toldByTickets.size());
 }
 
 } // namespace
