@@ -66,6 +66,52 @@ public:
     /// itself if it ends so. (A path of nine bytes without the suffix comes back as it is, too.)
     static std::string getMedataFile(const std::string& path);
 
+    // Rewriting, for a job that is parsed and not saved yet. The operations look at the chunk list alone,
+    // never at the file. What they insert stands directly before the first `ENTER`; where there is none, they
+    // insert nothing. Commands, names and values are compared in any case. Each sets `modified` if it changes
+    // the list. Texts go in as they are: line ends and, unless it is said otherwise, quotation marks are the
+    // caller's. Pointers to text are not null.
+
+    /// Puts a UEL, `JOB NAME="name"` and `ENTER LANGUAGE=` in front of the job, and a UEL, `EOJ NAME="name"`
+    /// and a UEL behind it; the record then has PJL and this language. Does nothing to a job that has PJL.
+    void wrapIntoPjlJob(Pdl pdl, const std::string& name);
+
+    /// Gives the first `JOB` command a parameter, in place of its old value if it has one; see
+    /// ChunkPjlCmd::setParam. The list stays as it is, and so does `modified`.
+    void setPjlJobParam(const std::string& name, const std::string& value);
+
+    /// Inserts the command `cmd name=value`, or `cmd name="value"` if `quoted`, and removes those of the same
+    /// name before `ENTER`; with `sameValueOnly` only those that have the same value, too, as it stands there
+    /// with its quotation marks. Both texts end at a NUL. Without an `ENTER` the old ones go all the same.
+    void insertPjlCmd(const char* cmd, const char* name, const std::string& value, bool sameValueOnly,
+                      bool quoted);
+    /// The same with a decimal number.
+    void insertPjlCmd(const char* cmd, const char* name, int value, bool sameValueOnly, bool quoted);
+
+    /// Inserts the four commands by which HP drivers ask for one finishing step, as in `"STAPLING"` and
+    /// `"LEFT_1PT"`, quotation marks included, and removes the first group of that type before `ENTER`.
+    ///
+    /// Made for jobs with one group of the type. Each further boundary behind it removes once more what then
+    /// stands at the positions of that group, as far as the list reaches.
+    void insertHpPjlProcessingAction(const char* type, const char* option);
+
+    /// Inserts text byte for byte, as one ChunkText. False if there is no `ENTER`.
+    bool insertPjlCode(const std::string& code);
+
+    /// Removes every `SET name=value`, wherever it stands. False if there was none.
+    bool removePjlSetCmd(const char* name, const char* value);
+    /// Removes the first `SET`, or all of them, whose parameter begins with `prefix`, wherever it stands. The
+    /// prefix is compared exactly; an empty one fits every `SET`.
+    void removePjlSetCmd(const char* prefix, bool all);
+
+    /// Removes every PJL command and every UEL. The record still says that the job has PJL.
+    void removePjl();
+    /// Removes every PRESCRIBE block.
+    void removePrescribe();
+
+    /// Makes `NAME="name"` the whole parameter of every `JOB` command; `EOJ` commands keep theirs.
+    void setJobName(const std::string& name);
+
     JobInfo jobInfo;
     std::vector<std::shared_ptr<IChunk>> chunks;
     mutable bool modified = false; ///< The list changed since the last save or checkChunkSizes.

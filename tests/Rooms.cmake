@@ -51,10 +51,12 @@ add_room_tests(ModelTests
     JobParser/model/JobFileTest.cpp
     JobParser/model/JobInfoTest.cpp
     JobParser/model/JobMetadataTest.cpp
+    JobParser/model/JobRewritingTest.cpp
     JobParser/model/JobTest.cpp
     JobParser/model/PdlTest.cpp
     JobParser/model/ReflectionTest.cpp
     JobParser/model/SerializationContextTest.cpp
+    JobParser/model/ShrinkingListTest.cpp
     JobParser/model/UnexpectedEndOfFileExceptionTest.cpp
     JobParser/model/UnserializationContextTest.cpp)
 
