@@ -1,10 +1,12 @@
 #include "tools/CommandLine.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <getopt.h>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace JobParser::Tool
 {
@@ -21,6 +23,9 @@ Subcommands:
   dump FILE          the job's chunks, one a line, for people
   check FILE         tests that every chunk writes as many bytes as it says
   save FILE -o OUT   writes the job's bytes, chunk by chunk
+  rewrite FILE -o OUT STEP...
+                     changes the job and writes it: wrap it into PJL, set, add and remove PJL
+                     commands, ask for finishing, strip PJL or PRESCRIBE, rename
 
   jobparser SUBCOMMAND --help   what a subcommand takes
   jobparser --version           the version
@@ -29,6 +34,7 @@ Examples:
   jobparser info spool/*.prn | jq .copies
   jobparser meta job.prn --beside
   jobparser save job.prn --from-meta job.prn.meta.json -o again.prn
+  jobparser rewrite job.prn -o job.prn --set DUPLEX=ON --set BINDING=LONGEDGE
 
 Exit status:
   0  done
@@ -57,6 +63,15 @@ constexpr std::array subcommandRows = {
     SubcommandRow{"save", Subcommand::Save, "[OPTION...] FILE -o OUT",
                   "Writes the job's bytes, chunk by chunk.\n"
                   "OUT may be FILE: it changes only when the new bytes are complete.\n"},
+    SubcommandRow{
+        "rewrite", Subcommand::Rewrite, "[OPTION...] FILE -o OUT STEP...",
+        "Changes the job by the steps, in the order in which they are given, and writes its bytes.\n"
+        "OUT may be FILE: it changes only when the new bytes are complete.\n"
+        "\n"
+        "New commands stand before the job's first ENTER LANGUAGE line; where there is none, they are\n"
+        "left out. Commands, names and values are compared in any case. Texts go in as they are: only\n"
+        "the steps that show quotation marks below write them. A step that finds nothing to do is no\n"
+        "failure.\n"},
 };
 
 /// The subcommands that take an option, as bits.
@@ -68,9 +83,9 @@ constexpr Takers taker(Subcommand subcommand)
 }
 
 constexpr Takers metaOnly = taker(Subcommand::Meta);
-constexpr Takers writers = taker(Subcommand::Meta) | taker(Subcommand::Save);
-constexpr Takers parsers =
-    taker(Subcommand::Meta) | taker(Subcommand::Dump) | taker(Subcommand::Check) | taker(Subcommand::Save);
+constexpr Takers rewriteOnly = taker(Subcommand::Rewrite);
+constexpr Takers writers = taker(Subcommand::Meta) | taker(Subcommand::Save) | rewriteOnly;
+constexpr Takers parsers = writers | taker(Subcommand::Dump) | taker(Subcommand::Check);
 constexpr Takers everybody = parsers | taker(Subcommand::Info);
 
 bool readNumber(std::string_view text, int& number)
@@ -97,6 +112,9 @@ constexpr std::array optionRows = {
               [](Options& options, const char* text) { return options.output.emplace(text), true; }},
     OptionRow{"beside", nullptr, metaOnly, "write to FILE.meta.json, where hosts look for it",
               [](Options& options, const char*) { return options.beside = true; }},
+    OptionRow{"meta-out", "FILE", rewriteOnly,
+              "write the changed job's metadata, too; it goes with the old bytes, not with those of OUT",
+              [](Options& options, const char* text) { return options.metadataOutput.emplace(text), true; }},
     OptionRow{"pdl", "N", parsers, "the number of the job's language; default: -1, which finds out",
               [](Options& options, const char* text) { return readNumber(text, options.pdl); }},
     OptionRow{"no-collect", nullptr, parsers,
@@ -115,30 +133,72 @@ constexpr std::array optionRows = {
     OptionRow{"help", nullptr, everybody, "this text", nullptr},
 };
 
-/// What getopt_long gives for the row; above all letters and its own codes.
+/// What getopt_long gives for the first row, above all letters and its own codes. The steps follow the
+/// options.
 constexpr int firstCode = 256;
+constexpr int firstStepCode = firstCode + static_cast<int>(optionRows.size());
 constexpr int codeOfArgument = 1;
+
+constexpr std::string_view rewriteExamples = R"(
+Examples:
+  jobparser rewrite job.prn -o job.prn --set HOLD=ON --set HOLDTYPE=PRIVATE --set HOLDKEY=1234
+  jobparser rewrite job.pcl -o out.prn --wrap PCL 'Annual report' --set COPIES=2
+  jobparser rewrite job.prn -o out.prn --finishing '"STAPLING"' '"LEFT_1PT"'
+  jobparser rewrite job.prn -o out.prn --pjl-code '@PJL COMMENT checked\r\n'
+)";
 
 std::string withDashes(const OptionRow& row)
 {
     return (std::string_view(row.name).size() == 1 ? "-" : "--") + std::string(row.name);
 }
 
-std::string helpOf(const SubcommandRow& subcommand)
+/// A name with what stands behind it, and what it means.
+struct HelpLine {
+    std::string call;
+    std::string_view help;
+};
+
+HelpLine helpLineOf(std::string call, const char* first, const char* second, std::string_view help)
 {
-    constexpr std::size_t helpColumn = 24;
-    std::string text = "Usage: jobparser " + std::string(subcommand.name) + ' ';
-    text.append(subcommand.usage).append("\n\n").append(subcommand.summary).append("\n");
-    for (const OptionRow& row : optionRows) {
-        if ((row.takers & taker(subcommand.subcommand)) == 0)
-            continue;
-        std::string line = "  " + withDashes(row);
-        if (row.argument != nullptr)
-            line.append(" ").append(row.argument);
-        line.resize(helpColumn, ' ');
-        text.append(line).append(row.help).append("\n");
+    for (const char* argument : {first, second}) {
+        if (argument != nullptr)
+            call.append(" ").append(argument);
+    }
+    return {std::move(call), help};
+}
+
+std::string aligned(const std::vector<HelpLine>& lines)
+{
+    std::size_t width = 0;
+    for (const HelpLine& line : lines)
+        width = std::max(width, line.call.size());
+    std::string text;
+    for (HelpLine line : lines) {
+        line.call.resize(width, ' ');
+        text.append("  ").append(line.call).append("  ").append(line.help).append("\n");
     }
     return text;
+}
+
+std::string helpOfSteps()
+{
+    std::vector<HelpLine> lines;
+    for (const RewriteStepRow& row : rewriteStepRows())
+        lines.push_back(helpLineOf("--" + std::string(row.name), row.first, row.second, row.help));
+    return "\nSteps:\n" + aligned(lines) + std::string(rewriteExamples);
+}
+
+std::string helpOf(const SubcommandRow& subcommand)
+{
+    std::vector<HelpLine> lines;
+    for (const OptionRow& row : optionRows) {
+        if ((row.takers & taker(subcommand.subcommand)) != 0)
+            lines.push_back(helpLineOf(withDashes(row), row.argument, nullptr, row.help));
+    }
+    std::string text = "Usage: jobparser " + std::string(subcommand.name) + ' ';
+    text.append(subcommand.usage).append("\n\n").append(subcommand.summary).append("\n");
+    text += aligned(lines);
+    return subcommand.subcommand == Subcommand::Rewrite ? text + helpOfSteps() : text;
 }
 
 Answer wrong(const std::string& message, std::string_view subcommand)
@@ -156,8 +216,10 @@ public:
     std::variant<Options, Answer> read(int argc, char** argv);
 
 private:
-    std::optional<Answer> take(int code, char** argv);
+    void addName(const char* name, bool takesArgument, int code);
+    std::optional<Answer> take(int code, int argc, char** argv);
     std::optional<Answer> takeOption(const OptionRow& row);
+    std::optional<Answer> takeStep(const RewriteStepRow& row, int argc, char** argv);
     std::optional<Answer> findContradiction() const;
     Answer wrongHere(const std::string& message) const { return wrong(message, m_subcommand.name); }
 
@@ -165,25 +227,32 @@ private:
     /// A dash gives files in the order in which they stand, whatever the environment says; a colon tells a
     /// missing argument from an unknown option.
     std::string m_letters = "-:";
-    std::array<option, optionRows.size() + 1> m_names{};
+    std::vector<option> m_names;
     Options m_options;
 };
 
 Reader::Reader(const SubcommandRow& subcommand) : m_subcommand(subcommand)
 {
     m_options.subcommand = subcommand.subcommand;
-    std::size_t count = 0;
     int code = firstCode;
     for (const OptionRow& row : optionRows) {
-        if ((row.takers & taker(subcommand.subcommand)) != 0) {
-            const int hasArgument = row.argument != nullptr ? required_argument : no_argument;
-            if (row.name[1] == '\0')
-                m_letters.append(row.name).append(row.argument != nullptr ? ":" : "");
-            else
-                m_names[count++] = {row.name, hasArgument, nullptr, code};
-        }
+        if ((row.takers & taker(subcommand.subcommand)) != 0)
+            addName(row.name, row.argument != nullptr, code);
         ++code;
     }
+    if (subcommand.subcommand == Subcommand::Rewrite) {
+        for (const RewriteStepRow& row : rewriteStepRows())
+            addName(row.name, row.first != nullptr, code++);
+    }
+    m_names.push_back({});
+}
+
+void Reader::addName(const char* name, bool takesArgument, int code)
+{
+    if (name[1] == '\0')
+        m_letters.append(name).append(takesArgument ? ":" : "");
+    else
+        m_names.push_back({name, takesArgument ? required_argument : no_argument, nullptr, code});
 }
 
 std::variant<Options, Answer> Reader::read(int argc, char** argv)
@@ -191,7 +260,7 @@ std::variant<Options, Answer> Reader::read(int argc, char** argv)
     opterr = 0;
     optind = 0; // Begins anew, with the letters read again.
     for (int code = 0; (code = getopt_long(argc, argv, m_letters.c_str(), m_names.data(), nullptr)) != -1;)
-        if (const std::optional<Answer> answer = take(code, argv))
+        if (const std::optional<Answer> answer = take(code, argc, argv))
             return *answer;
     m_options.files.insert(m_options.files.end(), argv + optind, argv + argc);
     if (const std::optional<Answer> answer = findContradiction())
@@ -199,7 +268,7 @@ std::variant<Options, Answer> Reader::read(int argc, char** argv)
     return m_options;
 }
 
-std::optional<Answer> Reader::take(int code, char** argv)
+std::optional<Answer> Reader::take(int code, int argc, char** argv)
 {
     if (code == codeOfArgument) {
         m_options.files.emplace_back(optarg);
@@ -212,6 +281,8 @@ std::optional<Answer> Reader::take(int code, char** argv)
         const std::string found = isLetter ? std::string("-") + static_cast<char>(optopt) : argv[optind - 1];
         return wrongHere("There is no such option: " + found);
     }
+    if (code >= firstStepCode)
+        return takeStep(rewriteStepRows()[static_cast<std::size_t>(code - firstStepCode)], argc, argv);
     if (code >= firstCode)
         return takeOption(optionRows[static_cast<std::size_t>(code - firstCode)]);
     for (const OptionRow& row : optionRows)
@@ -229,6 +300,21 @@ std::optional<Answer> Reader::takeOption(const OptionRow& row)
     return std::nullopt;
 }
 
+std::optional<Answer> Reader::takeStep(const RewriteStepRow& row, int argc, char** argv)
+{
+    const std::string name = "--" + std::string(row.name);
+    RewriteStep step{row.apply, row.first != nullptr ? optarg : "", {}};
+    if (row.second != nullptr) {
+        if (optind >= argc)
+            return wrongHere(name + " needs " + row.first + " and " + row.second + " behind it");
+        step.second = argv[optind++];
+    }
+    if (!row.read(step))
+        return wrongHere(name + " does not take " + optarg);
+    m_options.steps.push_back(std::move(step));
+    return std::nullopt;
+}
+
 std::optional<Answer> Reader::findContradiction() const
 {
     if (m_options.files.empty())
@@ -237,8 +323,12 @@ std::optional<Answer> Reader::findContradiction() const
         return wrongHere("One FILE only, not also " + m_options.files[1]);
     if (m_options.beside && m_options.output)
         return wrongHere("Either -o or --beside");
-    if (m_options.subcommand == Subcommand::Save && !m_options.output)
+    const bool needsOutput =
+        m_options.subcommand == Subcommand::Save || m_options.subcommand == Subcommand::Rewrite;
+    if (needsOutput && !m_options.output)
         return wrongHere("-o is missing");
+    if (m_options.output && m_options.output == m_options.metadataOutput)
+        return wrongHere("-o and --meta-out name the same file");
     return std::nullopt;
 }
 

@@ -5,20 +5,24 @@
 #include <variant>
 #include <vector>
 
+#include "tools/RewriteStep.h"
+
 namespace JobParser::Tool
 {
 
-enum class Subcommand { Info, Meta, Dump, Check, Save };
+enum class Subcommand { Info, Meta, Dump, Check, Save, Rewrite };
 
 /// What the command line asks for. The defaults are those of the options that are not given.
 struct Options {
     Subcommand subcommand = Subcommand::Info;
-    std::vector<std::string> files;    ///< At least one; exactly one but for Info.
-    int pdl = -1;                      ///< The number of a Pdl.
-    bool collectJobInfo = true;        ///< As in Parser::ParseOptions.
-    bool allowRestrictedPdf = true;    ///< As in Parser::ParseOptions.
-    bool beside = false;               ///< Write the metadata where Job looks for it.
-    std::optional<std::string> output; ///< Where the output goes instead of standard output.
+    std::vector<std::string> files;            ///< At least one; exactly one but for Info.
+    int pdl = -1;                              ///< The number of a Pdl.
+    bool collectJobInfo = true;                ///< As in Parser::ParseOptions.
+    bool allowRestrictedPdf = true;            ///< As in Parser::ParseOptions.
+    bool beside = false;                       ///< Write the metadata where Job looks for it.
+    std::optional<std::string> output;         ///< Where the output goes instead of standard output.
+    std::optional<std::string> metadataOutput; ///< Where the metadata of a rewritten job goes, too.
+    std::vector<RewriteStep> steps;            ///< In the order in which they are done.
     std::optional<std::string> config; ///< The configuration file to use instead of the one beside the tool.
     std::optional<std::string> metadata; ///< Where to load the job from instead of parsing it.
     std::optional<int> logLevel;         ///< The least important level to show; no log if absent.

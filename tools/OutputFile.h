@@ -26,6 +26,9 @@ public:
     /// For writing until commit.
     Torv::IO::IStream& stream() { return *m_stream; }
 
+    /// Hands over to the system what was written so far. Throws Torv::GenericException if a byte got lost.
+    void flush() { m_stream->flush(); }
+
     /// Puts the file in its place, to be called once. Throws Torv::GenericException if a byte got lost.
     void commit();
 

@@ -124,14 +124,37 @@ std::string placeBeside(const std::string& file)
     return place;
 }
 
+void writeMetadata(const Job& job, Torv::IO::IStream& stream)
+{
+    writeText(stream, job.toJson());
+    writeText(stream, "\n");
+}
+
 void writeMetadata(const LoadedJob& loaded, const Options& options)
 {
     const std::optional<std::string> place =
         options.beside ? std::optional(placeBeside(options.files.front())) : options.output;
-    writeOutput(place, [&](Torv::IO::IStream& stream) {
-        writeText(stream, loaded.job->toJson());
-        writeText(stream, "\n");
-    });
+    writeOutput(place, [&](Torv::IO::IStream& stream) { writeMetadata(*loaded.job, stream); });
+}
+
+/// Both files are whole before the first one appears.
+void rewrite(LoadedJob& loaded, const Options& options)
+{
+    for (const RewriteStep& step : options.steps)
+        step.apply(*loaded.job, step);
+    OutputFile output(*options.output);
+    std::optional<OutputFile> metadata;
+    if (options.metadataOutput)
+        metadata.emplace(*options.metadataOutput);
+    loaded.job->save(loaded.file, output.stream());
+    output.flush();
+    if (metadata) {
+        writeMetadata(*loaded.job, metadata->stream());
+        metadata->flush();
+    }
+    output.commit();
+    if (metadata)
+        metadata->commit();
 }
 
 void check(LoadedJob& loaded, Torv::IO::IStream& stream)
@@ -159,6 +182,7 @@ void writeResult(LoadedJob& loaded, const Options& options)
         writeOutput(options.output,
                     [&](Torv::IO::IStream& stream) { loaded.job->save(loaded.file, stream); });
         break;
+    case Subcommand::Rewrite: rewrite(loaded, options); break;
     }
 }
 

@@ -6,6 +6,8 @@ JOBPARSER_TOOL is the tool, SAMPLES the folder of make_samples.py.
 import json
 import os
 import pathlib
+import re
+import shlex
 import stat
 import subprocess
 import sys
@@ -264,6 +266,279 @@ class Save(ToolTest):
         self.assertEqual(self.read("out"), b"CDE")
 
 
+class Rewrite(ToolTest):
+    JOB = (
+        UEL + b'@PJL JOB NAME="a" DISPLAY="b"\r\n@PJL SET QTY=1\r\n@PJL SET HOLD=ON\r\n@PJL SET QTY=2\r\n'
+        b"@PJL ENTER LANGUAGE=PCL\r\n\x1bEtext\x0c\x1bE" + UEL + b'@PJL EOJ NAME="a"\r\n' + UEL
+    )
+    PLAIN = b"\x1bEtext\x0c\x1bE"
+    PRESCRIBE = b"!R! UNIT C;EXIT;"
+
+    def rewritten(self, *steps, job=None):
+        self.file("job", self.JOB if job is None else job)
+
+        self.assertEqual(self.output("rewrite", "job", "-o", "out", *steps), b"")
+
+        return self.read("out")
+
+    def assert_replaced(self, before, after, *steps, job=None):
+        job = self.JOB if job is None else job
+        self.assertEqual(job.count(before), 1)
+        self.assertEqual(self.rewritten(*steps, job=job), job.replace(before, after))
+
+    def test_wrap_puts_a_job_into_an_envelope(self):
+        self.assertEqual(
+            self.rewritten("--wrap", "pcl", 'My "job"', job=self.PLAIN),
+            UEL + b'@PJL JOB NAME="My "job""\r\n@PJL ENTER LANGUAGE=PCL\r\n' + self.PLAIN + UEL
+            + b'@PJL EOJ NAME="My "job""\r\n' + UEL,
+        )
+
+    def test_wrap_knows_every_language(self):
+        for word in (b"PCL", b"POSTSCRIPT", b"ESCP", b"PRESCRIBE", b"PCLXL", b"PDF", b"JPEG", b"XPS", b"URF"):
+            self.assertIn(b"@PJL ENTER LANGUAGE=" + word + b"\r\n", self.rewritten("--wrap", word.decode(), "a", job=RAW))
+
+    def test_wrap_leaves_a_job_with_pjl_alone(self):
+        self.assertEqual(self.rewritten("--wrap", "PCL", "a"), self.JOB)
+
+    def test_job_param_sets_one_parameter(self):
+        self.assert_replaced(b'DISPLAY="b"', b"DISPLAY=c", "--job-param", "display", "c")
+        self.assert_replaced(b'"b"\r', b'"b" KEY=c=d\r', "--job-param", "KEY", "c=d")
+
+    def test_job_name_is_all_that_is_left(self):
+        self.assert_replaced(b'JOB NAME="a" DISPLAY="b"', b'JOB NAME="c"', "--job-name", "c")
+
+    def test_set_replaces_every_value(self):
+        self.assertEqual(
+            self.rewritten("--set", "qty=3=4"),
+            self.JOB.replace(b"@PJL SET QTY=1\r\n", b"").replace(b"SET QTY=2", b"SET qty=3=4"),
+        )
+        self.assertEqual(
+            self.rewritten("--set-quoted", "QTY=3"),
+            self.JOB.replace(b"@PJL SET QTY=1\r\n", b"").replace(b"SET QTY=2", b'SET QTY="3"'),
+        )
+
+    def test_add_replaces_the_same_value(self):
+        self.assertEqual(
+            self.rewritten("--add", "QTY=1"),
+            self.JOB.replace(b"@PJL SET QTY=1\r\n", b"").replace(b"SET QTY=2", b"SET QTY=2\r\n@PJL SET QTY=1"),
+        )
+        self.assert_replaced(b"SET QTY=2", b'SET QTY=2\r\n@PJL SET QTY="3"', "--add-quoted", "QTY=3")
+
+    def test_set_takes_an_empty_value(self):
+        self.assert_replaced(b"SET QTY=2", b"SET QTY=2\r\n@PJL SET USERNAME=", "--set", "USERNAME=")
+
+    def test_unset_removes_a_value(self):
+        self.assert_replaced(b"@PJL SET QTY=2\r\n", b"", "--unset", "qty=2")
+        self.assertEqual(self.rewritten("--unset", "QTY=3"), self.JOB)
+
+    def test_unset_first_and_all_remove_by_the_start(self):
+        self.assert_replaced(b"@PJL SET QTY=1\r\n", b"", "--unset-first", "Q")
+        self.assertEqual(
+            self.rewritten("--unset-all", "Q"),
+            self.JOB.replace(b"@PJL SET QTY=1\r\n", b"").replace(b"@PJL SET QTY=2\r\n", b""),
+        )
+        self.assertEqual(self.rewritten("--unset-first", "q", "--unset-all", "q"), self.JOB)
+
+    def test_finishing_writes_one_group(self):
+        group = (
+            b'@PJL SET PROCESSINGACTION=APPEND\r\n@PJL SET PROCESSINGTYPE="STAPLING"\r\n'
+            b'@PJL SET PROCESSINGOPTION="LEFT_1PT"\r\n@PJL SET PROCESSINGBOUNDARY=MOPY\r\n'
+        )
+        step = ["--finishing", '"STAPLING"', '"LEFT_1PT"']
+
+        self.assert_replaced(b"@PJL ENTER", group + b"@PJL ENTER", *step, *step)
+
+    def test_pjl_code_decodes_its_escapes(self):
+        for text, code in (
+            (r"@PJL COMMENT x\r\n", b"@PJL COMMENT x\r\n"),
+            (r"a\tb\\rc\\\\", b"a\tb\\rc\\\\"),
+            (r"\x00\xfF\x1B1", b"\x00\xff\x1b1"),
+            ("", b""),
+            ("\u00e4", "\u00e4".encode()),
+        ):
+            with self.subTest(text):
+                self.assert_replaced(b"@PJL ENTER", code + b"@PJL ENTER", "--pjl-code", text)
+
+    def test_strip_pjl_leaves_the_body(self):
+        self.assertEqual(self.rewritten("--strip-pjl"), self.PLAIN)
+
+    def test_strip_prescribe_leaves_the_rest(self):
+        job = UEL + b"@PJL SET A=1\r\n" + self.PRESCRIBE + b"text" + UEL
+        self.assert_replaced(self.PRESCRIBE, b"", "--strip-prescribe", job=job)
+
+    def test_takes_steps_in_the_order_of_the_command_line(self):
+        self.assert_replaced(
+            b"@PJL ENTER", b"@PJL SET A=2\r\n@PJL SET B=1\r\n@PJL ENTER", "--set", "A=1", "--set", "B=0", "--set", "A=2", "--set", "B=1"
+        )
+        self.assert_replaced(b"@PJL ENTER", b"b;a;@PJL ENTER", "--pjl-code", "b;", "--pjl-code", "a;")
+        named = self.rewritten("--job-name", "x", "--wrap", "PCL", "y", job=self.PLAIN)
+        self.assertIn(b'JOB NAME="y"', named)
+        renamed = self.rewritten("--wrap", "PCL", "y", "--job-name", "x", "--set", "QTY=2", job=self.PLAIN)
+        self.assertIn(b'JOB NAME="x"\r\n@PJL SET QTY=2\r\n@PJL ENTER', renamed)
+
+    def test_takes_options_files_and_steps_in_any_order(self):
+        self.file("job", self.JOB)
+
+        self.output("rewrite", "--set", "QTY=3", "job", "--no-worker", "--unset", "HOLD=ON", "-o", "out")
+
+        self.assertEqual(self.read("out"), self.rewritten("--set", "QTY=3", "--unset", "HOLD=ON"))
+
+    def test_takes_arguments_that_look_like_options(self):
+        self.assert_replaced(b'DISPLAY="b"', b"DISPLAY=--help", "--job-param", "DISPLAY", "--help")
+        self.assert_replaced(b"SET QTY=2", b"SET QTY=2\r\n@PJL SET -o=--", "--set", "-o=--")
+        self.assertIn(b'NAME="--"', self.rewritten("--wrap=PCL", "--", job=self.PLAIN))
+
+    def test_finds_nothing_to_do_without_failing(self):
+        steps = [
+            "--job-name", "x", "--job-param", "A", "b", "--set", "A=b", "--set-quoted", "A=b", "--add", "A=b", "--add-quoted", "A=b",
+            "--finishing", "A", "B", "--pjl-code", "x", "--unset", "A=b", "--unset-first", "A", "--unset-all", "A", "--strip-pjl",
+            "--strip-prescribe",
+        ]
+
+        self.assertEqual(self.rewritten(*steps, job=RAW), RAW)
+
+    def test_saves_the_job_where_no_step_is_given(self):
+        self.assertEqual(self.rewritten(), self.JOB)
+
+    def test_replaces_the_job_itself(self):
+        self.file("job", self.JOB)
+
+        self.output("rewrite", "job", "-o", "job", "--strip-pjl")
+
+        self.assertEqual(self.read("job"), self.PLAIN)
+        self.assertEqual(self.names(), ["job"])
+
+    def test_meta_out_holds_the_changed_job(self):
+        changed = self.rewritten("--set", "QTY=3", "--meta-out", "meta")
+
+        metadata = self.read("meta")
+        self.assertTrue(metadata.endswith(b"}\n"))
+        commands = [chunk["dto"] for chunk in json.loads(metadata)["chunks"] if chunk["class"] == "PjlCmdE"]
+        self.assertIn({"cmd": "SET", "param": "QTY=3"}, commands)
+        # The chunks refer to the bytes of the old job.
+        self.file("job.meta.json", metadata)
+        self.output("save", "job", "-o", "again", "--from-meta", "job")
+        self.assertEqual(self.read("again"), changed)
+
+    def test_meta_out_of_no_steps_is_what_meta_prints(self):
+        self.rewritten("--meta-out", "meta")
+
+        self.assertEqual(self.read("meta"), self.output("meta", "job"))
+
+    def test_takes_the_job_from_its_metadata(self):
+        self.file("job", self.JOB)
+        self.output("rewrite", "job", "-o", "once", "--set", "A=1", "--meta-out", "job.meta.json")
+
+        self.output("rewrite", "job", "-o", "twice", "--set", "B=2", "--from-meta", "job")
+
+        self.assertEqual(self.read("twice"), self.rewritten("--set", "A=1", "--set", "B=2"))
+
+    def test_rewrites_a_malformed_job_as_one_stretch(self):
+        self.file("job", MALFORMED)
+
+        done = self.run_tool("rewrite", "job", "-o", "out", "--set", "A=1", "--meta-out", "meta", status=NOT_PARSED)
+
+        self.assertEqual(self.read("out"), MALFORMED)
+        self.assertEqual(len(json.loads(self.read("meta"))["chunks"]), 1)
+        self.assertIn(MALFORMED_CAUSE, done.stderr)
+
+    def test_leaves_nothing_behind_when_one_of_two_files_fails(self):
+        self.file("job", self.JOB)
+        self.file("out", b"as it was")
+        for out, meta in (("out", "no/such/folder"), ("no/such/folder", "meta"), ("out", "/dev/full"), ("/dev/full", "meta")):
+            done = self.run_tool("rewrite", "job", "-o", out, "--meta-out", meta, "--strip-pjl", status=FAILED)
+
+            self.assert_failure_line(done, "job")
+            self.assertEqual(self.read("out"), b"as it was")
+            self.assertEqual(self.names(), ["job", "out"])
+
+    def test_writes_both_to_one_pipe_one_behind_the_other(self):
+        out = self.rewritten("--set", "QTY=3", "--meta-out", "meta")
+
+        both = self.output("rewrite", "job", "-o", "/dev/stdout", "--meta-out", "/dev/fd/1", "--set", "QTY=3")
+
+        self.assertEqual(both, out + self.read("meta"))
+
+    def test_fails_for_a_missing_job(self):
+        self.assert_failure_line(self.run_tool("rewrite", "gone", "-o", "out", "--strip-pjl", status=FAILED), "gone")
+        self.assertEqual(self.names(), [])
+
+    def test_calls_a_wrong_command_line_wrong(self):
+        self.file("job", self.JOB)
+        out = ["job", "-o", "out"]
+        for arguments in (
+            ["job", "--strip-pjl"],
+            ["-o", "out", "--strip-pjl"],
+            [*out, "job", "--strip-pjl"],
+            [*out, "--wrap", "NOBODY", "a"],
+            [*out, "--wrap", "", "a"],
+            [*out, "--wrap", "PCL"],
+            [*out, "--wrap"],
+            [*out, "--job-param", "NAME"],
+            [*out, "--finishing", "TYPE"],
+            [*out, "--job-name"],
+            [*out, "--set", "QTY"],
+            [*out, "--set-quoted", "QTY"],
+            [*out, "--add", "QTY"],
+            [*out, "--add-quoted", "QTY"],
+            [*out, "--unset", "QTY"],
+            [*out, "--set", ""],
+            [*out, "--unset-first"],
+            [*out, "--unset-all"],
+            [*out, "--strip-pjl=yes"],
+            [*out, "--pjl-code"],
+            [*out, "--pjl-code", "a\\"],
+            [*out, "--pjl-code", "\\q"],
+            [*out, "--pjl-code", "\\x"],
+            [*out, "--pjl-code", "\\x1"],
+            [*out, "--pjl-code", "\\x1g"],
+            [*out, "--pjl-code", "\\x+1"],
+            [*out, "--pjl-code", "\\x-1"],
+            [*out, "--pjl-code", "\\X41"],
+            [*out, "--beside"],
+            [*out, "--meta-out"],
+            [*out, "--meta-out", "out"],
+            [*out, "--unknown"],
+        ):
+            with self.subTest(arguments):
+                done = self.run_tool("rewrite", *arguments, status=WRONG)
+
+                self.assertEqual(done.stdout, b"")
+                self.assertIn(b"Try: jobparser rewrite --help\n", done.stderr)
+        self.assertEqual(self.names(), ["job"])
+
+    def test_is_the_only_one_that_takes_steps(self):
+        self.file("job", self.JOB)
+        for subcommand in ("info", "meta", "dump", "check", "save"):
+            for step in (["--strip-pjl"], ["--set", "A=1"], ["--meta-out", "meta"]):
+                self.run_tool(subcommand, "job", *step, status=WRONG)
+
+    def test_tells_every_step(self):
+        text = self.output("rewrite", "--help")
+
+        for step in (
+            b"--wrap LANGUAGE NAME ", b"--job-param NAME VALUE ", b"--set NAME=VALUE ", b"--set-quoted NAME=VALUE ",
+            b"--add NAME=VALUE ", b"--add-quoted NAME=VALUE ", b"--finishing TYPE OPTION ", b"--pjl-code TEXT ",
+            b"--unset NAME=VALUE ", b"--unset-first PREFIX ", b"--unset-all PREFIX ", b"--strip-pjl ",
+            b"--strip-prescribe ", b"--job-name NAME ",
+        ):
+            self.assertIn(b"\n  " + step, text)
+
+    def test_teaches_by_examples_that_work(self):
+        examples = re.findall(rb"^  jobparser (rewrite .*)$", self.output("rewrite", "--help"), re.MULTILINE)
+
+        self.assertGreater(len(examples), 3)
+        for example in examples:
+            with self.subTest(example):
+                self.file("job.prn", self.JOB)
+                self.file("job.pcl", self.PLAIN)
+                arguments = shlex.split(example.decode())
+
+                self.output(*arguments)
+
+                self.assertNotIn(self.read(arguments[3]), (self.JOB, self.PLAIN))
+
+
 class Output(ToolTest):
     def test_leaves_nothing_behind_when_writing_fails(self):
         self.file("job", b"x")
@@ -511,7 +786,7 @@ class ParsingOptions(ToolTest):
         self.assert_failure_line(done, "gone")
 
     def test_a_missing_job_is_a_failure(self):
-        for arguments in (["meta"], ["dump"], ["check"], ["save", "-o", "out"]):
+        for arguments in (["meta"], ["dump"], ["check"], ["save", "-o", "out"], ["rewrite", "-o", "out"]):
             done = self.run_tool(*arguments, "missing", status=FAILED)
 
             self.assert_failure_line(done, "missing")
@@ -531,7 +806,7 @@ class CommandLine(ToolTest):
     def test_tells_what_there_is(self):
         text = self.output("--help")
 
-        for word in (b"info", b"meta", b"dump", b"check", b"save", b"Exit status"):
+        for word in (b"info", b"meta", b"dump", b"check", b"save", b"rewrite", b"Exit status"):
             self.assertIn(word, text)
 
     def test_tells_what_each_subcommand_takes(self):
@@ -542,11 +817,12 @@ class CommandLine(ToolTest):
             "dump": options,
             "check": options,
             "save": options | {b"-o"},
+            "rewrite": options | {b"-o", b"--meta-out"},
         }.items():
             text = self.output(subcommand, "--help")
 
             self.assertIn(b"Usage: jobparser " + subcommand.encode(), text)
-            told = {word for word in options | {b"-o", b"--beside"} if b"  " + word + b" " in text}
+            told = {word for word in options | {b"-o", b"--beside", b"--meta-out"} if b"  " + word + b" " in text}
             self.assertEqual(told, taken)
 
     def test_names_the_option_that_there_is_not(self):
