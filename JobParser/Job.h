@@ -91,8 +91,8 @@ public:
     /// Inserts the four commands by which HP drivers ask for one finishing step, as in `"STAPLING"` and
     /// `"LEFT_1PT"`, quotation marks included, and removes the first group of that type before `ENTER`.
     ///
-    /// Made for jobs with one group of the type. Each further boundary behind it removes once more what then
-    /// stands at the positions of that group, as far as the list reaches.
+    /// Made for jobs with one group. Each further boundary behind a removed group, of whatever type, removes
+    /// what stands at the positions of that group by then, as far as the list reaches.
     void insertHpPjlProcessingAction(const char* type, const char* option);
 
     /// Inserts text byte for byte, as one ChunkText. False if there is no `ENTER`.

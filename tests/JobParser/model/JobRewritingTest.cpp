@@ -560,6 +560,17 @@ TEST(JobRewriting, RemovesByTheSamePositionsAtEachFurtherBoundary)
               joined({{"SET PROCESSINGOPTION=\"LEFT_1PT\"", "FF"}, leftStaple, {"ENTER LANGUAGE=PCL"}}));
 }
 
+TEST(JobRewriting, RemovesAGroupOfAnotherTypeThatStandsWhereTheReplacedOneStood)
+{
+    const Lines punch{"SET PROCESSINGACTION=APPEND", "SET PROCESSINGTYPE=\"PUNCH\"",
+                      "SET PROCESSINGOPTION=\"LEFT_2PT\"", "SET PROCESSINGBOUNDARY=MOPY"};
+    Job job = jobOf(joined({{"UEL"}, leftStaple, punch, {"ENTER LANGUAGE=PCL"}}));
+
+    job.insertHpPjlProcessingAction("\"STAPLING\"", "\"LEFT_1PT\"");
+
+    EXPECT_EQ(linesOf(job), joined({{"UEL"}, leftStaple, {"ENTER LANGUAGE=PCL"}}));
+}
+
 TEST(JobRewriting, LeavesAPositionThatTheListNoLongerReachesAlone)
 {
     Job job = jobOf({"SET PROCESSINGACTION=APPEND", "SET PROCESSINGTYPE=X", "SET PROCESSINGOPTION=Y",
