@@ -104,7 +104,8 @@ public:
     /// prefix is compared exactly; an empty one fits every `SET`.
     void removePjlSetCmd(const char* prefix, bool all);
 
-    /// Removes every PJL command and every UEL. The record still says that the job has PJL.
+    /// Removes every PJL command and every UEL, but no inserted text. The record still says that the job has
+    /// PJL.
     void removePjl();
     /// Removes every PRESCRIBE block.
     void removePrescribe();

@@ -205,6 +205,37 @@ PRESCRIBE = {
     "cut": b" COPY 2",
 }
 
+JOB = (pjl(b'JOB NAME="a" DISPLAY="b"', b"SET QTY=1", b"SET QTY=2", b"ENTER LANGUAGE=PCL") + b"\x1bEtext\x0c\x1bE" + UEL
+       + b'@PJL EOJ NAME="a"\r\n' + UEL)
+GROUP = (b"SET PROCESSINGACTION=APPEND", b"SET PROCESSINGTYPE=X", b"SET PROCESSINGOPTION=Y",
+         b"SET PROCESSINGBOUNDARY=MOPY")
+
+
+def rewriting(*steps, job=JOB):
+    return b"".join(step + b"\n" for step in steps) + b"\n" + job
+
+
+REWRITING = {
+    "no_steps": rewriting(),
+    "no_steps_and_no_job": b"",
+    "set_and_add": rewriting(b"s|QTY|3", b"q|QTY|3", b"a|QTY|3", b"b|QTY|3", b"n|QTY|abc"),
+    "set_without_enter": rewriting(b"s|QTY|3", job=pjl(b"SET QTY=1") + UEL),
+    "enter_is_replaced": rewriting(b"c|ENTER|LANGUAGE|PDF", b"s|QTY|3"),
+    "wrap_and_set": rewriting(b"w|a job|x", b"s|QTY|3", b"j|other", job=b"\x1bEtext"),
+    "wrap_twice": rewriting(b"w|a", b"x", b"w|b", job=b"%!PS"),
+    "parameters": rewriting(b"p|NAME|\"x\"", b"p|DISPLAY|y", b"p|NEW|z"),
+    "name_with_quotation_mark": rewriting(b"j|a\"b", b"p|NAME|c"),
+    "finishing_twice": rewriting(b"f|\"STAPLING\"|\"LEFT_1PT\"", b"f|\"STAPLING\"|\"TOP_2PT\"", b"f|\"PUNCH\"|\"X\""),
+    "finishing_groups_in_a_row": rewriting(b"f|X|Y", job=pjl(*GROUP, *GROUP, b"SET A=1", *GROUP, b"ENTER LANGUAGE=PCL")),
+    "finishing_boundaries_in_a_row": rewriting(b"f|X|Y", job=pjl(*GROUP, GROUP[3], GROUP[3], b"ENTER LANGUAGE=PCL")),
+    "finishing_before_its_start": rewriting(b"f|X|Y", job=pjl(*GROUP[1:], GROUP[3], b"SET A=1", b"SET B=1", b"ENTER PCL")),
+    "code": rewriting(b"t|@PJL COMMENT x", b"t|"),
+    "unset": rewriting(b"u|QTY|1", b"1|Q", b"*|", b"u|QTY|9"),
+    "strip_everything": rewriting(b"x", b"y", job=pjl(b"SET A=1") + b"!R! COPY 2;EXIT;" + UEL),
+    "values_of_any_bytes": rewriting(b"s|\xff\x00|\x1b%-12345X@PJL SET A=1\r"),
+    "malformed_job": rewriting(b"w|a", b"s|QTY|3", job=UEL + b"@PJL \x01"),
+}
+
 
 XPS = {
     "empty": b"",
@@ -227,7 +258,7 @@ XPS = {
 
 def main():
     for target, seeds in {"JobFuzz": JOBS, "MetadataFuzz": METADATA, "JsonFuzz": JSON, "Pcl5Fuzz": PCL5,
-                          "PrescribeFuzz": PRESCRIBE, "XpsFuzz": XPS}.items():
+                          "PrescribeFuzz": PRESCRIBE, "RewritingFuzz": REWRITING, "XpsFuzz": XPS}.items():
         folder = HERE / (target + "_corpus")
         folder.mkdir(exist_ok=True)
         for name, content in seeds.items():

@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -603,6 +605,68 @@ TEST(JobRewriting, WalksOnFromTheStartIfItWouldGoBackBeforeIt)
     EXPECT_EQ(linesOf(job),
               (Lines{"SET C=1", "SET PROCESSINGACTION=APPEND", "SET PROCESSINGTYPE=X",
                      "SET PROCESSINGOPTION=Z", "SET PROCESSINGBOUNDARY=MOPY", "ENTER LANGUAGE=PCL"}));
+}
+
+/// The walk over the list as it is told: by indices, and by erasing from the list.
+Lines withGroupReplaced(Lines lines, const std::string& type, const std::string& option)
+{
+    int action = -1;
+    int typeAt = -1;
+    int optionAt = -1;
+    bool actionSeen = false;
+    for (int i = 0; i < static_cast<int>(lines.size()); ++i) {
+        const std::string& line = lines[static_cast<std::size_t>(i)];
+        if (line == "ENTER LANGUAGE=PCL") {
+            lines.insert(lines.begin() + i,
+                         {"SET PROCESSINGACTION=APPEND", "SET PROCESSINGTYPE=" + type,
+                          "SET PROCESSINGOPTION=" + option, "SET PROCESSINGBOUNDARY=MOPY"});
+            break;
+        }
+        if (typeAt < 0 && line == "SET PROCESSINGACTION=APPEND") {
+            actionSeen = true;
+            action = i;
+        } else if (typeAt < 0 && line.starts_with("SET PROCESSINGTYPE=")) {
+            if (line == "SET PROCESSINGTYPE=" + type)
+                typeAt = i;
+            else
+                actionSeen = false;
+        } else if (typeAt >= 0 && optionAt < 0 && line.starts_with("SET PROCESSINGOPTION=")) {
+            optionAt = i;
+        } else if (optionAt >= 0 && line == "SET PROCESSINGBOUNDARY=MOPY") {
+            int removed = 0;
+            for (const int index : {i, optionAt, typeAt, actionSeen ? action : -1}) {
+                if (index < 0 || index >= static_cast<int>(lines.size()))
+                    continue;
+                lines.erase(lines.begin() + index);
+                ++removed;
+            }
+            i = std::max(i - removed, -1);
+        }
+    }
+    return lines;
+}
+
+TEST(JobRewriting, ReplacesFinishingGroupsAsAWalkByIndicesWould)
+{
+    const Lines vocabulary{"SET PROCESSINGACTION=APPEND", "SET PROCESSINGTYPE=X",
+                           "SET PROCESSINGTYPE=Y",        "SET PROCESSINGOPTION=1",
+                           "SET PROCESSINGOPTION=2",      "SET PROCESSINGBOUNDARY=MOPY",
+                           "SET PROCESSINGBOUNDARY=MOPY", "FF"};
+    std::mt19937 random(1);
+    for (int round = 0; round < 20000; ++round) {
+        Lines lines;
+        for (std::size_t left = random() % 24; left > 0; --left)
+            lines.push_back(random() % 20 == 0 ? "ENTER LANGUAGE=PCL"
+                                               : vocabulary[random() % vocabulary.size()]);
+        Job job = jobOf(lines);
+
+        job.insertHpPjlProcessingAction("X", "3");
+
+        const Lines expected = withGroupReplaced(lines, "X", "3");
+        ASSERT_EQ(linesOf(job), expected) << testing::PrintToString(lines);
+        ASSERT_EQ(job.modified,
+                  expected != lines || std::ranges::count(expected, "SET PROCESSINGOPTION=3") > 0);
+    }
 }
 
 // insertPjlCode
