@@ -3,9 +3,6 @@ find_package(Threads REQUIRED)
 find_package(Boost 1.81 REQUIRED)
 find_package(simdjson REQUIRED)
 pkg_check_modules(re2 REQUIRED IMPORTED_TARGET re2)
-# For programs only: the archive is not made for shared libraries.
-find_library(RE2_ARCHIVE libre2.a REQUIRED)
-mark_as_advanced(RE2_ARCHIVE)
 
 # Its pkg-config file puts headers named like those of the system into the search path.
 find_path(MINIZIP_INCLUDE_DIR minizip/unzip.h REQUIRED)
@@ -21,3 +18,9 @@ find_path(SIMPLEINI_INCLUDE_DIR SimpleIni.h REQUIRED)
 mark_as_advanced(SIMPLEINI_INCLUDE_DIR)
 add_library(SimpleIni::SimpleIni INTERFACE IMPORTED)
 target_include_directories(SimpleIni::SimpleIni INTERFACE ${SIMPLEINI_INCLUDE_DIR})
+
+# For programs only: these archives are not made for shared libraries.
+find_library(RE2_ARCHIVE libre2.a REQUIRED)
+find_library(MINIZIP_ARCHIVE libminizip.a REQUIRED)
+find_library(ZLIB_ARCHIVE libz.a REQUIRED)
+mark_as_advanced(RE2_ARCHIVE MINIZIP_ARCHIVE ZLIB_ARCHIVE)
