@@ -140,6 +140,8 @@ constexpr int firstStepCode = firstCode + static_cast<int>(optionRows.size());
 constexpr int codeOfArgument = 1;
 
 constexpr std::string_view rewriteExamples = R"(
+LANGUAGE is PCL, POSTSCRIPT, ESCP, PRESCRIBE, PCLXL, PDF, JPEG, XPS or URF.
+
 Examples:
   jobparser rewrite job.prn -o job.prn --set HOLD=ON --set HOLDTYPE=PRIVATE --set HOLDKEY=1234
   jobparser rewrite job.pcl -o out.prn --wrap PCL 'Annual report' --set COPIES=2

@@ -294,7 +294,9 @@ class Rewrite(ToolTest):
         )
 
     def test_wrap_knows_every_language(self):
+        text = self.output("rewrite", "--help")
         for word in (b"PCL", b"POSTSCRIPT", b"ESCP", b"PRESCRIBE", b"PCLXL", b"PDF", b"JPEG", b"XPS", b"URF"):
+            self.assertRegex(text, b"\nLANGUAGE is .*\\b" + word + b"\\b")
             self.assertIn(b"@PJL ENTER LANGUAGE=" + word + b"\r\n", self.rewritten("--wrap", word.decode(), "a", job=RAW))
 
     def test_wrap_leaves_a_job_with_pjl_alone(self):
