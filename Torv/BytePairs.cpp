@@ -85,6 +85,20 @@ private:
     std::array<BytePair, pairCount> m_pairs;
 };
 
+#if defined(__x86_64__)
+
+[[gnu::always_inline]] inline __m128i equal(__m128i bytes, std::uint8_t byte)
+{
+    return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(static_cast<char>(byte)));
+}
+
+[[TORV_AVX2, gnu::always_inline]] inline __m256i equal(__m256i bytes, std::uint8_t byte)
+{
+    return _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(static_cast<char>(byte)));
+}
+
+#endif
+
 class ByteOrPairMatcher
 {
 public:
@@ -121,20 +135,56 @@ public:
 #endif
 
 private:
-#if defined(__x86_64__)
-    [[gnu::always_inline]] static __m128i equal(__m128i bytes, std::uint8_t byte)
+    std::array<std::uint8_t, 2> m_singles;
+    BytePair m_pair;
+};
+
+class PairOfSetsMatcher
+{
+public:
+    PairOfSetsMatcher(const NibbleSet& firsts, const NibbleSet& seconds)
+        : m_firsts(firsts), m_seconds(seconds)
     {
-        return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(static_cast<char>(byte)));
     }
 
-    [[TORV_AVX2, gnu::always_inline]] static __m256i equal(__m256i bytes, std::uint8_t byte)
+    bool mayHit(std::uint8_t last) const { return m_firsts.contains(last); }
+
+    bool hits(std::uint8_t current, std::uint8_t next) const
     {
-        return _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(static_cast<char>(byte)));
+        return m_seconds.contains(next) & m_firsts.contains(current);
+    }
+
+#if defined(__x86_64__)
+    [[gnu::always_inline]] __m128i hits(__m128i current, __m128i next) const
+    {
+        return within(current, m_firsts) & within(next, m_seconds);
+    }
+
+    [[TORV_AVX2, gnu::always_inline]] __m256i hits(__m256i current, __m256i next) const
+    {
+        return within(current, m_firsts) & within(next, m_seconds);
     }
 #endif
 
-    std::array<std::uint8_t, 2> m_singles;
-    BytePair m_pair;
+private:
+#if defined(__x86_64__)
+    [[gnu::always_inline]] static __m128i within(__m128i bytes, const NibbleSet& set)
+    {
+        const auto& members = set.bytes();
+        return equal(bytes, members[0]) | equal(bytes, members[1]) | equal(bytes, members[2]) |
+               equal(bytes, members[3]);
+    }
+
+    // The shuffle looks up the low four bits of each byte, and gives 0 for bytes from 128 on.
+    [[TORV_AVX2, gnu::always_inline]] static __m256i within(__m256i bytes, const NibbleSet& set)
+    {
+        const __m128i table = _mm_loadu_si128(reinterpret_cast<const __m128i*>(set.table().data()));
+        return _mm256_cmpeq_epi8(bytes, _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(table), bytes));
+    }
+#endif
+
+    NibbleSet m_firsts;
+    NibbleSet m_seconds;
 };
 
 /// Each of the rounds looks at `places` places and reads one byte more. They give the first place that is
@@ -287,6 +337,12 @@ std::size_t findByteOrPairPortable(std::span<const std::uint8_t> bytes,
     return find(bytes, ByteOrPairMatcher(singles, pair), scanPortable<ByteOrPairMatcher>);
 }
 
+std::size_t findPairOfSetsPortable(std::span<const std::uint8_t> bytes, const NibbleSet& firsts,
+                                   const NibbleSet& seconds)
+{
+    return find(bytes, PairOfSetsMatcher(firsts, seconds), scanPortable<PairOfSetsMatcher>);
+}
+
 #if defined(__x86_64__)
 
 std::size_t findPairSse2(std::span<const std::uint8_t> bytes, const std::array<BytePair, 2>& pairs)
@@ -298,6 +354,12 @@ std::size_t findByteOrPairSse2(std::span<const std::uint8_t> bytes,
                                const std::array<std::uint8_t, 2>& singles, BytePair pair)
 {
     return find(bytes, ByteOrPairMatcher(singles, pair), scanSse2<ByteOrPairMatcher>);
+}
+
+std::size_t findPairOfSetsSse2(std::span<const std::uint8_t> bytes, const NibbleSet& firsts,
+                               const NibbleSet& seconds)
+{
+    return find(bytes, PairOfSetsMatcher(firsts, seconds), scanSse2<PairOfSetsMatcher>);
 }
 
 bool hasAvx2()
@@ -315,6 +377,12 @@ std::size_t findByteOrPairAvx2(std::span<const std::uint8_t> bytes,
                                const std::array<std::uint8_t, 2>& singles, BytePair pair)
 {
     return find(bytes, ByteOrPairMatcher(singles, pair), scanAvx2<ByteOrPairMatcher>);
+}
+
+std::size_t findPairOfSetsAvx2(std::span<const std::uint8_t> bytes, const NibbleSet& firsts,
+                               const NibbleSet& seconds)
+{
+    return find(bytes, PairOfSetsMatcher(firsts, seconds), scanAvx2<PairOfSetsMatcher>);
 }
 
 #endif
@@ -342,6 +410,19 @@ std::size_t findByteOrPair(std::span<const std::uint8_t> bytes, const std::array
                 : BytePairsKernels::findByteOrPairSse2(bytes, singles, pair);
 #else
     return BytePairsKernels::findByteOrPairPortable(bytes, singles, pair);
+#endif
+}
+
+std::size_t findPairOfSets(std::span<const std::uint8_t> bytes, const NibbleSet& firsts,
+                           const NibbleSet& seconds)
+{
+#if defined(__x86_64__)
+    static const bool wide = BytePairsKernels::hasAvx2();
+
+    return wide ? BytePairsKernels::findPairOfSetsAvx2(bytes, firsts, seconds)
+                : BytePairsKernels::findPairOfSetsSse2(bytes, firsts, seconds);
+#else
+    return BytePairsKernels::findPairOfSetsPortable(bytes, firsts, seconds);
 #endif
 }
 

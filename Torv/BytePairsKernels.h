@@ -7,8 +7,8 @@
 
 #include "Torv/BytePairs.h"
 
-/// The forms of findPair and findByteOrPair, of which each chooses one. They all do the same; they are named
-/// for tests.
+/// The forms of findPair, findByteOrPair and findPairOfSets, of which each chooses one. They all do the same;
+/// they are named for tests.
 namespace Torv::BytePairsKernels
 {
 
@@ -16,12 +16,16 @@ namespace Torv::BytePairsKernels
 std::size_t findPairPortable(std::span<const std::uint8_t> bytes, const std::array<BytePair, 2>& pairs);
 std::size_t findByteOrPairPortable(std::span<const std::uint8_t> bytes,
                                    const std::array<std::uint8_t, 2>& singles, BytePair pair);
+std::size_t findPairOfSetsPortable(std::span<const std::uint8_t> bytes, const NibbleSet& firsts,
+                                   const NibbleSet& seconds);
 
 #if defined(__x86_64__)
 /// 64 bytes a round. Every machine of this kind has it.
 std::size_t findPairSse2(std::span<const std::uint8_t> bytes, const std::array<BytePair, 2>& pairs);
 std::size_t findByteOrPairSse2(std::span<const std::uint8_t> bytes,
                                const std::array<std::uint8_t, 2>& singles, BytePair pair);
+std::size_t findPairOfSetsSse2(std::span<const std::uint8_t> bytes, const NibbleSet& firsts,
+                               const NibbleSet& seconds);
 
 /// Whether this machine runs the forms for AVX2.
 bool hasAvx2();
@@ -30,6 +34,8 @@ bool hasAvx2();
 std::size_t findPairAvx2(std::span<const std::uint8_t> bytes, const std::array<BytePair, 2>& pairs);
 std::size_t findByteOrPairAvx2(std::span<const std::uint8_t> bytes,
                                const std::array<std::uint8_t, 2>& singles, BytePair pair);
+std::size_t findPairOfSetsAvx2(std::span<const std::uint8_t> bytes, const NibbleSet& firsts,
+                               const NibbleSet& seconds);
 #endif
 
 } // namespace Torv::BytePairsKernels

@@ -477,3 +477,199 @@ TEST_P(FindByteOrPairTest, ReadsNothingOutsideTheBytes)
     for (std::size_t size = 1; size <= 400; ++size)
         EXPECT_EQ(find(std::span(memory.end() - size, size), escapeFormFeedAndComment), size - 1);
 }
+
+namespace
+{
+
+using Torv::NibbleSet;
+using FindPairOfSets = std::size_t (*)(std::span<const std::uint8_t>, const NibbleSet&, const NibbleSet&);
+
+struct PairOfSetsKernel {
+    const char* name;
+    FindPairOfSets find;
+    bool (*runsHere)();
+};
+
+constexpr PairOfSetsKernel pairOfSetsKernels[] = {
+    {"Chosen", Torv::findPairOfSets, always},
+    {"Portable", Torv::BytePairsKernels::findPairOfSetsPortable, always},
+#if defined(__x86_64__)
+    {"Sse2", Torv::BytePairsKernels::findPairOfSetsSse2, always},
+    {"Avx2", Torv::BytePairsKernels::findPairOfSetsAvx2, Torv::BytePairsKernels::hasAvx2},
+#endif
+};
+
+/// The sets twice, for the searches and as the rule knows them.
+struct WantedSets {
+    NibbleSet firsts;
+    NibbleSet seconds;
+    Bytes firstBytes;
+    Bytes secondBytes;
+};
+
+const WantedSets lineStarts{{'\n', '\r'}, {'%', 0x1B, 1, 4}, {'\n', '\r'}, {'%', 0x1B, 1, 4}};
+
+const WantedSets setsOfBytes[] = {
+    lineStarts,
+    {{'a'}, {'a'}, {'a'}, {'a'}},
+    {{0}, {0x7F, 0}, {0}, {0x7F, 0}},
+    {{0x10, 0x7E}, {0x11, 0x12, 0x13}, {0x10, 0x7E}, {0x11, 0x12, 0x13}},
+};
+
+bool isIn(const Bytes& set, std::uint8_t byte)
+{
+    return std::find(set.begin(), set.end(), byte) != set.end();
+}
+
+/// The rule itself, a byte at a time.
+std::size_t findByRule(std::span<const std::uint8_t> bytes, const WantedSets& wanted)
+{
+    for (std::size_t index = 0; index < bytes.size(); ++index) {
+        if (isIn(wanted.firstBytes, bytes[index]) &&
+            (index + 1 == bytes.size() || isIn(wanted.secondBytes, bytes[index + 1])))
+            return index;
+    }
+    return bytes.size();
+}
+
+class FindPairOfSetsTest : public testing::TestWithParam<PairOfSetsKernel>
+{
+protected:
+    void SetUp() override
+    {
+        if (!GetParam().runsHere())
+            GTEST_SKIP() << "not on this machine";
+    }
+
+    static std::size_t find(std::span<const std::uint8_t> bytes, const WantedSets& wanted)
+    {
+        return GetParam().find(bytes, wanted.firsts, wanted.seconds);
+    }
+
+    static std::size_t find(const std::string& text)
+    {
+        return find(Bytes(text.begin(), text.end()), lineStarts);
+    }
+};
+
+std::string pairOfSetsKernelName(const testing::TestParamInfo<PairOfSetsKernel>& info)
+{
+    return info.param.name;
+}
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(BytePairs, FindPairOfSetsTest, testing::ValuesIn(pairOfSetsKernels),
+                         pairOfSetsKernelName);
+
+TEST(NibbleSet, ContainsItsBytesAndNoOther)
+{
+    for (const WantedSets& wanted : setsOfBytes) {
+        for (int byte = 0; byte < 256; ++byte) {
+            EXPECT_EQ(wanted.seconds.contains(static_cast<std::uint8_t>(byte)),
+                      isIn(wanted.secondBytes, static_cast<std::uint8_t>(byte)))
+                << byte;
+        }
+    }
+}
+
+TEST_P(FindPairOfSetsTest, GivesTheFirstPlaceOfAnyPair)
+{
+    EXPECT_EQ(find("ab\n%"), 2U);
+    EXPECT_EQ(find("a\r\x1B\n%"), 1U);
+    EXPECT_EQ(find("\n\n\r\x01"), 2U);
+    EXPECT_EQ(find("%\n\x04"), 1U);
+    EXPECT_EQ(find("\na\r%"), 2U);
+}
+
+TEST_P(FindPairOfSetsTest, CountsAFirstByteAtTheEnd)
+{
+    EXPECT_EQ(find("ab\n"), 2U);
+    EXPECT_EQ(find("\r"), 0U);
+    EXPECT_EQ(find("ab%"), 3U);
+}
+
+TEST_P(FindPairOfSetsTest, GivesTheSizeIfThereIsNothing)
+{
+    EXPECT_EQ(find(""), 0U);
+    EXPECT_EQ(find("%\n\x1Ax"), 4U);
+    EXPECT_EQ(find("\n\xA5\n\x9B\n\x81\r\x84x"), 9U) << "bytes that end like those of the set";
+    EXPECT_EQ(find("\x8A%\x8D%x"), 5U);
+    EXPECT_EQ(find(std::string(1000, '%')), 1000U);
+    EXPECT_EQ(find(std::span<const std::uint8_t>(), lineStarts), 0U);
+}
+
+TEST_P(FindPairOfSetsTest, FollowsTheRuleForAllShortTextsAlsoOverTheSeamsOfRounds)
+{
+    constexpr std::size_t seams[] = {0, 13, 14, 15, 29, 30, 31, 32, 61, 62, 63, 125, 126, 127, 128, 196};
+    for (const WantedSets& wanted : setsOfBytes) {
+        Bytes alphabet = {'x'};
+        alphabet.insert(alphabet.end(), wanted.firstBytes.begin(), wanted.firstBytes.end());
+        alphabet.insert(alphabet.end(), wanted.secondBytes.begin(), wanted.secondBytes.end());
+        for (std::size_t size = 0; size <= 5; ++size) {
+            forEachText(alphabet, size, [&](const Bytes& text) {
+                ASSERT_EQ(find(text, wanted), findByRule(text, wanted)) << testing::PrintToString(text);
+            });
+        }
+        Bytes bytes(200, 'x');
+        for (const std::size_t seam : seams) {
+            forEachText(alphabet, 3, [&](const Bytes& text) {
+                std::fill(bytes.begin(), bytes.end(), 'x');
+                std::copy(text.begin(), text.end(), bytes.data() + seam);
+                ASSERT_EQ(find(bytes, wanted), findByRule(bytes, wanted))
+                    << seam << testing::PrintToString(text);
+            });
+        }
+    }
+}
+
+TEST_P(FindPairOfSetsTest, FindsAPlantedPairAtEveryPlaceOfEveryLength)
+{
+    for (std::size_t size = 1; size <= 400; ++size) {
+        for (std::size_t place = 0; place < size; ++place) {
+            Bytes bytes(size, 'x');
+            bytes[place] = lineStarts.firstBytes[(size + place) % 2];
+            if (place + 1 < size)
+                bytes[place + 1] = lineStarts.secondBytes[(size + place) % 4];
+            ASSERT_EQ(find(bytes, lineStarts), place) << size;
+        }
+    }
+}
+
+TEST_P(FindPairOfSetsTest, FollowsTheRuleForRandomBytesAndManyRounds)
+{
+    std::mt19937 random(22);
+    for (int repeat = 0; repeat < 100; ++repeat) {
+        const WantedSets& wanted = setsOfBytes[static_cast<std::size_t>(repeat) % std::size(setsOfBytes)];
+        Bytes bytes(20000);
+        std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<std::uint8_t>(random()); });
+        for (std::span<const std::uint8_t> rest(bytes); !rest.empty();) {
+            const std::size_t found = find(rest, wanted);
+            ASSERT_EQ(found, findByRule(rest, wanted));
+            rest = rest.subspan(std::min(found + 1, rest.size()));
+        }
+    }
+    Bytes bytes(10000, 'x');
+    for (std::size_t size = 4000; size < 4700; ++size) {
+        ASSERT_EQ(find(std::span(bytes.data(), size), lineStarts), size);
+        bytes[size - 1] = '\n';
+        bytes[size] = '%';
+        ASSERT_EQ(find(bytes, lineStarts), size - 1);
+        bytes[size - 1] = 'x';
+        bytes[size] = 'x';
+    }
+}
+
+TEST_P(FindPairOfSetsTest, ReadsNothingOutsideTheBytes)
+{
+    const GuardedMemory memory;
+    std::memset(memory.begin(), 'x', static_cast<std::size_t>(memory.end() - memory.begin()));
+
+    for (std::size_t size = 0; size <= 400; ++size) {
+        EXPECT_EQ(find(std::span(memory.end() - size, size), lineStarts), size);
+        EXPECT_EQ(find(std::span(memory.begin(), size), lineStarts), size);
+    }
+    memory.end()[-1] = '\n';
+    for (std::size_t size = 1; size <= 400; ++size)
+        EXPECT_EQ(find(std::span(memory.end() - size, size), lineStarts), size - 1);
+}
