@@ -4,6 +4,7 @@
 #include "JobParser/languages/ChunkPjlCmd.h"
 #include "JobParser/languages/ChunkPjlCmdBase64String.h"
 #include "JobParser/languages/ChunkPrescribe.h"
+#include "JobParser/languages/ChunkPsComment.h"
 #include "JobParser/model/ChunkFirstPageStart.h"
 #include "JobParser/model/ChunkFormFeed.h"
 #include "JobParser/model/ChunkRawData.h"
@@ -29,6 +30,7 @@ void registerChunkClasses()
     Reflection::registerChunkClass<ChunkPjlCmd>();
     Reflection::registerChunkClass<ChunkPjlCmdBase64String>();
     Reflection::registerChunkClass<ChunkPrescribe>();
+    Reflection::registerChunkClass<ChunkPsComment>();
 }
 
 } // namespace

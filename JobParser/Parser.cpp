@@ -105,6 +105,8 @@ void Parser::walk(Global::Parser& globalParser, Pdl& pdl, bool allowRestrictedPd
         pdl = globalParser.autoDetectPdl();
     if (pdl == Pdl::Pcl5)
         globalParser.pcl5.parse(globalParser.pdlJobInfo);
+    else if (pdl == Pdl::PostScript)
+        globalParser.postScript.parse(globalParser.pdlJobInfo);
     else if (pdl == Pdl::Prescribe)
         globalParser.prescribe.parse();
     else if (pdl == Pdl::Jpeg)

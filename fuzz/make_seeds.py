@@ -115,7 +115,9 @@ METADATA = {
         chunk("PjlCmdBase64StringE", 4, '{"cmd":"JOB","param":"TkFNRT0iYSI="}'), chunk("FormFeedE", 5),
         chunk("FirstPageStartE", 6), chunk("RawDataE", 7, '{"offset":0,"size":9}'),
         chunk("TextE", 8, '{"text":"ab"}'), chunk("PrescribeE", 9, '{"ofs":0,"size":4}'),
+        chunk("PsCommentE", 11, '{"comment":"%%EOF\\n"}'),
         chunk("PclEscE", 10, '{"opGroupParam":2518081,"binOffset":0,"binSize":0,"value":"26"}')),
+    "comment_with_zero_byte": metadata(chunk("PsCommentE", 2, '{"comment":"%%a\\u0000b"}')),
     "every_fact": metadata(info='{"version":1,"pdl":2,"copies":3,"duplex":1,"monoCount":1,"grayCount":2,'
                                 '"colorCount":3,"paper":5,"pjl":true,"forceMono":true,"ecoMode":true,'
                                 '"stapling":101,"punching":3,"orientation":1,"pagesPerSheet":2,'
@@ -192,6 +194,30 @@ PCL5 = {
     "empty": b"",
 }
 
+POSTSCRIPT = {
+    "empty": b"",
+    "comments": b"%!PS-Adobe-3.0\n%%Pages: 1\r\n\r\n%%EOF\n",
+    "comment_without_line_end": b"%!PS\n%%EOF",
+    "comment_with_control_byte": b"%%a\tb\n%%c\x00d\n",
+    "comment_of_255_bytes": b"%%" + b"x" * 253 + b"\n%%" + b"x" * 254 + b"\n",
+    "comment_of_many_line_ends": b"%%a\n" + b"\r\n" * 130 + b"b\n",
+    "control_bytes": b"\x04%%a\n\x01M%%b\n\x01%%c\n",
+    "cut_uel": b"a\n\x1b%-1234\n" + UEL[:5],
+    "uel_inside": b"%%a\n" + UEL + b"%%b\n" + pjl(b"ENTER LANGUAGE=POSTSCRIPT") + b"%%c\n",
+    "prescribe_inside": b"%%!R! COPY 2;EXIT;\n%%EOF\n",
+    "duplex": b"%%BeginFeature: *Duplex DuplexNoTumble\nx\n%%EndFeature\n%%BeginFeature: Duplex ShortEdge\n",
+    "punch": b"%%BeginFeature: *Punch main\n%%BeginFeature: punch off\n%%BeginFeature: staple on\n",
+    "staple": b"%%BeginFeature: *Staple 1\n<< /Staple 3 /StaplePosition 1 >> setpagedevice\n%%EndFeature\n",
+    "staple_of_hp": b"%%BeginFeature: *StapleLocation x\n<</MediaProcessingOption (LEFT_2PT)>>\n%%EndFeature\n",
+    "viewing_orientation": b"%%ViewingOrientation: 0 1 -1 0\n%%ViewingOrientation: -1\n",
+    "rotation": b"%%ViewingOrientation: 0 -1 1 0\n180 neg rotate \n%%EndPageSetup\n",
+    "rotation_by_a_quarter": b"x -90 rotate\n%%EndPageSetup\n",
+    "matrices": b"[1 0 0 -1 0 0] + G ................\n%%EndPageSetup\nq[0 1 -1 0 0 0]cm ................\n",
+    "matrix_of_words": b"x\n%%EndPageSetup\n[a b c d e f]msf ................\n",
+    "matrix_beyond_the_page": b"x\n%%EndPageSetup\n[\n%%a 1 0 0 1 0 0]msf\n%%Page: 2 2\n",
+    "brackets": b"x\n%%EndPageSetup\n" + b"[" * 300 + b"\n",
+}
+
 PRESCRIBE = {
     "empty": b"",
     "driver_summary": b' CMNT "Color=6","Mono=4"; CMNT "Page=1"; EXIT;',
@@ -257,8 +283,16 @@ XPS = {
 
 
 def main():
-    for target, seeds in {"JobFuzz": JOBS, "MetadataFuzz": METADATA, "JsonFuzz": JSON, "Pcl5Fuzz": PCL5,
-                          "PrescribeFuzz": PRESCRIBE, "RewritingFuzz": REWRITING, "XpsFuzz": XPS}.items():
+    for target, seeds in {
+        "JobFuzz": JOBS,
+        "JsonFuzz": JSON,
+        "MetadataFuzz": METADATA,
+        "Pcl5Fuzz": PCL5,
+        "PostScriptFuzz": POSTSCRIPT,
+        "PrescribeFuzz": PRESCRIBE,
+        "RewritingFuzz": REWRITING,
+        "XpsFuzz": XPS,
+    }.items():
         folder = HERE / (target + "_corpus")
         folder.mkdir(exist_ok=True)
         for name, content in seeds.items():

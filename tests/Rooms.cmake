@@ -65,13 +65,19 @@ add_room_tests(LanguagesTests
     JobParser/languages/ChunkPjlCmdBase64StringTest.cpp
     JobParser/languages/ChunkPjlCmdTest.cpp
     JobParser/languages/ChunkPrescribeTest.cpp
+    JobParser/languages/ChunkPsCommentTest.cpp
+    JobParser/languages/MatrixSearchTest.cpp
+    JobParser/languages/PaperOrientationParserTest.cpp
     JobParser/languages/Pcl5ParserTest.cpp
     JobParser/languages/PjlFinishingTest.cpp
     JobParser/languages/PjlParserTest.cpp
     JobParser/languages/PjlSetCommandTest.cpp
     JobParser/languages/PjlTokensTest.cpp
+    JobParser/languages/PostScriptFeatureTextTest.cpp
+    JobParser/languages/PostScriptParserTest.cpp
     JobParser/languages/PrescribeCmdTest.cpp
-    JobParser/languages/PrescribeParserTest.cpp)
+    JobParser/languages/PrescribeParserTest.cpp
+    JobParser/languages/RotationSearchTest.cpp)
 
 add_room_tests(XpsTests
     JobParser/xps/ChunkXpsTest.cpp

@@ -50,7 +50,9 @@ constexpr std::string_view pjlKeyword = "@PJL";
 } // namespace
 
 Parser::Parser(Job& theJob, JobFile& theFile, PaperSizeManager& papers)
-    : BaseParser(theJob, theFile, papers), pjl(*this), prescribe(pjl), pcl5(prescribe)
+    : BaseParser(theJob, theFile, papers), pjl(*this), prescribe(pjl), pcl5(prescribe),
+      postScript{
+          BaseParser(prescribe), &prescribe, &pjl, PostScript::PaperOrientationParser(prescribe), {}, {}, 0}
 {
     file.setPos(0);
 }
@@ -94,6 +96,8 @@ void Parser::parseBody(Pdl pdl)
 {
     if (pdl == Pdl::Pcl5)
         pcl5.parse(pdlJobInfo);
+    else if (pdl == Pdl::PostScript)
+        postScript.parse(pdlJobInfo);
     else if (pdl == Pdl::Prescribe)
         prescribe.parse();
 }

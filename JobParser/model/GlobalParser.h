@@ -3,6 +3,7 @@
 #include "JobParser/JobInfo.h"
 #include "JobParser/languages/Pcl5Parser.h"
 #include "JobParser/languages/PjlParser.h"
+#include "JobParser/languages/PostScriptParser.h"
 #include "JobParser/languages/PrescribeParser.h"
 #include "JobParser/model/BaseParser.h"
 #include "JobParser/model/Pdl.h"
@@ -41,10 +42,11 @@ public:
     /// PRESCRIBE block stays unread.
     Pjl::PjlToken getRawToken();
 
-    // Each one refers to the one before it.
+    // Each one refers to the one before it; PostScript to the first two.
     Pjl::Parser pjl;
     Prescribe::Parser prescribe;
     Pcl5::Parser pcl5;
+    PostScript::Parser postScript;
     JobInfo pdlJobInfo; ///< What the language bodies contributed.
 
 private:

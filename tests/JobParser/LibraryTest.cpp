@@ -33,6 +33,7 @@ TEST(Library, RegistersTheChunkClassesByTheTagsOfStoredFiles)
         {"PjlCmdE", R"({"cmd":"SET","param":"COPIES=2"})"},
         {"PjlCmdBase64StringE", R"({"cmd":"SET","param":"YQ=="})"},
         {"PrescribeE", R"({"ofs":1,"size":2})"},
+        {"PsCommentE", R"({"comment":"%%EOF\n"})"},
     }};
 
     Library::init({});

@@ -236,6 +236,8 @@ TEST(Parser, TakesTheLanguageThatItIsTold)
     EXPECT_FALSE(parse(prescribe, {Pdl::Prescribe, true, true})->parsed);
     EXPECT_EQ(dumped(*parse(empty, {Pdl::Pcl5, true, true})->job),
               "Job parser: Dumping 1 chunks\nFirst page start\n");
+    EXPECT_EQ(dumped(*parse(empty, {Pdl::PostScript, true, true})->job), "Job parser: Dumping 0 chunks\n");
+    EXPECT_FALSE(parse(pcl, {Pdl::PostScript, true, true})->parsed);
     EXPECT_EQ(dumped(*parse(empty, {Pdl::Prescribe, true, true})->job),
               "Job parser: Dumping 1 chunks\nPrescribe (0 bytes)\n");
 }
@@ -256,6 +258,65 @@ TEST(Parser, ReadsAJobInPrescribeByItsFirstBytes)
     EXPECT_EQ(info.colorCount, 6);
     EXPECT_EQ(info.originalBrand, Zem::Printer::OriginalBrand::KxDriver);
     EXPECT_EQ(saved(*result->job, job.file), bytes);
+}
+
+TEST(Parser, ReadsAJobInPostScriptByItsFirstBytes)
+{
+    const std::string bytes = "%!PS-Adobe-3.0\n%%ViewingOrientation: 0 1 -1 0\n"
+                              "%%BeginFeature: *Duplex DuplexNoTumble\nab\n%%EndFeature\n%%EOF\r\n";
+    OpenJob job(bytes);
+
+    const auto result = parse(job);
+
+    const JobInfo& info = result->job->jobInfo;
+    EXPECT_EQ(dumped(*result->job),
+              "Job parser: Dumping 6 chunks\nRaw (15 bytes)\n%%ViewingOrientation: 0 1 -1 0\n"
+              "%%BeginFeature: *Duplex DuplexNoTumble\nRaw (3 bytes)\n%%EndFeature\n%%EOF\n");
+    EXPECT_EQ(info.pdl, Pdl::PostScript);
+    EXPECT_EQ(info.orientation, Orientation::Landscape);
+    EXPECT_EQ(info.duplex, Duplex::LongEdge);
+    EXPECT_EQ(saved(*result->job, job.file), bytes);
+}
+
+TEST(Parser, LetsPjlOverrulePostScript)
+{
+    OpenJob job(
+        JobBytes()
+            .uel()
+            .pjl("SET DUPLEX=ON")
+            .pjl("SET BINDING=LONGEDGE")
+            .pjl("ENTER LANGUAGE=POSTSCRIPT")
+            .raw("%!PS\n%%BeginFeature: *Duplex DuplexTumble\n%%EndFeature\n")
+            .raw("%%BeginFeature: *StapleLocation x\n/MediaProcessingOption (LEFT_2PT)\n%%EndFeature\n")
+            .uel());
+
+    const JobInfo info = parse(job)->job->jobInfo;
+
+    EXPECT_EQ(info.duplex, Duplex::LongEdge);
+    EXPECT_EQ(info.stapling, Staple::Two);
+    EXPECT_EQ(info.originalBrand, Zem::Printer::OriginalBrand::Hp);
+}
+
+TEST(Parser, MakesAJobWithMalformedPostScriptOneRawStretch)
+{
+    for (const std::string body : {"%!PS\n%%EOF", "%!PS\n%%a\nb", "%!PS\n%%!R! ABCDE;",
+                                   "%!PS\n%%EndPageSetup\n%", "%!PS\nx\n%%EndPageSetup\n[\n%%a]\n"}) {
+        OpenJob job{std::string_view(body)};
+
+        const auto result = parse(job);
+
+        EXPECT_FALSE(result->parsed) << body;
+        EXPECT_EQ(result->job->chunks.size(), 1U);
+        EXPECT_EQ(result->job->jobInfo.m_flags, 0U);
+        EXPECT_EQ(saved(*result->job, job.file), body);
+    }
+}
+
+TEST(Parser, PassesOnWhatMatricesThatAreNoNumbersThrow)
+{
+    OpenJob job("%!PS\nx\n%%EndPageSetup\n[a b c d e f]msf\n................\n"sv);
+
+    EXPECT_THROW(parse(job), std::invalid_argument);
 }
 
 TEST(Parser, LetsPrescribeOverrulePjlAndPjlOverrulePcl)

@@ -11,6 +11,7 @@
 #include "JobParser/languages/ChunkPclEsc.h"
 #include "JobParser/languages/ChunkPjlCmd.h"
 #include "JobParser/languages/ChunkPrescribe.h"
+#include "JobParser/languages/ChunkPsComment.h"
 #include "JobParser/model/ChunkFormFeed.h"
 #include "JobParser/model/ChunkRawData.h"
 #include "JobParser/model/ChunkUel.h"
@@ -41,6 +42,8 @@ std::string inWords(const Job& job)
             words += "Prescribe " + std::to_string(block->ofs) + "+" + std::to_string(block->size());
         else if (dynamic_cast<const ChunkFormFeed*>(chunk.get()) != nullptr)
             words += "FF";
+        else if (const auto* comment = dynamic_cast<const ChunkPsComment*>(chunk.get()))
+            words += comment->comment;
         else if (const auto* escape = dynamic_cast<const ChunkPclEsc*>(chunk.get()))
             words += std::string("ESC ") + static_cast<char>(escape->opGroupParam >> 16);
         else
@@ -371,6 +374,43 @@ TEST(GlobalParser, HandsAnEscapeBehindPjlToPcl)
 
     EXPECT_EQ(inWords(job.job), "UEL, PJL SET, PJL ENTER, ESC E, UEL");
     EXPECT_EQ(parser.pcl5.firstPageChunk, 4);
+}
+
+TEST(GlobalParser, HandsPostScriptToItsParserAndTakesUpAtTheUel)
+{
+    OpenJob job(JobBytes()
+                    .uel()
+                    .pjl("ENTER LANGUAGE=POSTSCRIPT")
+                    .raw("%!PS\n%%BeginFeature: *Duplex DuplexTumble\nab\n")
+                    .uel()
+                    .raw("%%a\n"));
+    Global::Parser parser(job.job, job.file, job.papers);
+
+    parser.rawMode(true);
+
+    EXPECT_EQ(inWords(job.job), "UEL, PJL ENTER, Raw 41+5, %%BeginFeature: *Duplex DuplexTumble\n, Raw 83+3, "
+                                "UEL, Raw 95+4");
+    EXPECT_EQ(parser.pdlJobInfo.duplex, Duplex::ShortEdge);
+    EXPECT_EQ(parser.pdlJobInfo.orientation, Orientation::Portrait);
+    EXPECT_EQ(parser.pdlJobInfo.m_flags, static_cast<std::uint32_t>(JobInfo::FlagDuplex) |
+                                             static_cast<std::uint32_t>(JobInfo::FlagOrientation));
+}
+
+TEST(GlobalParser, SharesItsPrescribeAndPjlParsersWithPostScript)
+{
+    OpenJob job(JobBytes()
+                    .uel()
+                    .pjl("ENTER LANGUAGE=POSTSCRIPT")
+                    .raw("%%!R! COPY 4;EXIT;\n%%BeginFeature: *Punching x\n"
+                         "/MediaProcessingOption (TOP_3PT)\n%%EndFeature\n")
+                    .uel());
+    Global::Parser parser(job.job, job.file, job.papers);
+
+    parser.rawMode(true);
+
+    EXPECT_EQ(parser.prescribe.jobInfo.copies, 4);
+    EXPECT_EQ(parser.pjl.jobInfo.punching, Punch::ThreeHoles);
+    EXPECT_EQ(parser.pjl.punchRotation, 1);
 }
 
 TEST(GlobalParser, ReadsPrescribeBehindPjlAndAmongRawData)
