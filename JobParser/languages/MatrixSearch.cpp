@@ -81,7 +81,9 @@ std::optional<OrientationMatrix> matrixOf(const std::vector<std::string>& words)
 
 MatrixSearch::MatrixSearch(JobFile& file, std::int64_t start, const MatrixFrame& frame)
     : m_file(&file), m_frame(&frame), m_longestBefore(longest(frame.before)),
-      m_longestAfter(longest(frame.after)), m_position(start)
+      m_longestAfter(longest(frame.after)),
+      m_anythingFitsAhead(frame.before.empty() || std::ranges::find(frame.before, "") != frame.before.end()),
+      m_position(start)
 {
 }
 
@@ -125,43 +127,32 @@ bool MatrixSearch::seekOpening(Overdraft overdraft)
             advance(distance);
             return false;
         }
-        const bool isFramed = findWordsAhead(asText(bytes.first(static_cast<std::size_t>(distance))));
         advance(distance + 1);
         m_charged += charge;
-        if (isFramed) {
-            m_textStart = m_position;
-            m_place = Place::Inside;
-            return true;
-        }
+        if (!m_anythingFitsAhead && !isFramedAhead())
+            continue;
+        m_textStart = m_position;
+        m_place = Place::Inside;
+        return true;
     }
     return false;
 }
 
-// Of a `[` that stands behind `known`, which begins at the position.
-bool MatrixSearch::findWordsAhead(std::string_view known)
+// Whether one of the words stands ahead of the `[` just passed.
+bool MatrixSearch::isFramedAhead() const
 {
-    const std::vector<std::string>& before = m_frame->before;
-    std::string read;
-    if (static_cast<std::int64_t>(known.size()) < m_longestBefore) {
-        read = textBefore(m_position + static_cast<std::int64_t>(known.size()));
-        known = read;
-    }
-    m_candidates.clear();
-    for (std::size_t index = 0; index < before.size(); ++index) {
-        if (known.ends_with(before[index]))
-            m_candidates.push_back(index);
-    }
-    return before.empty() || !m_candidates.empty();
+    const std::string text = textAheadOf(m_position - 1);
+    m_file->setPos(m_position);
+    return std::ranges::any_of(m_frame->before, [&](const auto& word) { return text.ends_with(word); });
 }
 
 // Where less stands ahead of the `[` than the longest word, that is all there is.
-std::string MatrixSearch::textBefore(std::int64_t opening) const
+std::string MatrixSearch::textAheadOf(std::int64_t opening) const
 {
     std::string text;
     m_file->setPos(std::max<std::int64_t>(0, opening - m_longestBefore));
     while (m_file->m_offset < opening)
         text += static_cast<char>(m_file->getChar());
-    m_file->setPos(m_position);
     return text;
 }
 
@@ -188,34 +179,43 @@ bool MatrixSearch::takeArray(const MatrixFunction& function)
 {
     const std::int64_t closing = m_position++;
     m_file->getChar();
-    const bool isFramed = isFramedBehind();
     m_charged += m_longestAfter;
-    bool goesOn = true;
-    if (isFramed) {
-        m_file->setPos(m_textStart);
-        if (const auto matrix = matrixOf(wordsBefore(*m_file, closing)))
-            goesOn = function(*matrix);
+    if (!isFramed()) {
         m_file->setPos(m_position);
+        return true;
     }
+    m_file->setPos(m_textStart);
+    const auto matrix = matrixOf(wordsBefore(*m_file, closing));
+    const bool goesOn = !matrix || function(*matrix);
+    m_file->setPos(m_position);
     return goesOn;
 }
 
-bool MatrixSearch::isFramedBehind()
+// Whether a word stands behind the `]` just passed, and the one at its index ahead of the `[`.
+bool MatrixSearch::isFramed()
 {
-    const std::vector<std::string>& after = m_frame->after;
+    if (m_frame->after.empty())
+        return true;
     std::string read;
-    std::string_view suffix = asText(m_file->window());
-    if (static_cast<std::int64_t>(suffix.size()) < m_longestAfter) {
+    std::string_view behind = asText(m_file->window());
+    if (static_cast<std::int64_t>(behind.size()) < m_longestAfter) {
         while (static_cast<std::int64_t>(read.size()) < m_longestAfter)
             read += static_cast<char>(m_file->getChar());
         m_file->setPos(m_position);
-        suffix = read;
+        behind = read;
     }
-    if (after.empty())
-        return true;
-    return std::ranges::any_of(m_candidates, [&](std::size_t index) {
-        return index < after.size() && suffix.starts_with(after[index]);
-    });
+    const auto fitsBehind = [&](const std::string& word) { return behind.starts_with(word); };
+    if (std::ranges::none_of(m_frame->after, fitsBehind))
+        return false;
+    read = behind.substr(0, static_cast<std::size_t>(m_longestAfter));
+    behind = read;
+    const std::string ahead = textAheadOf(m_textStart - 1);
+    const std::size_t count = std::min(m_frame->before.size(), m_frame->after.size());
+    for (std::size_t index = 0; index < count; ++index) {
+        if (ahead.ends_with(m_frame->before[index]) && fitsBehind(m_frame->after[index]))
+            return true;
+    }
+    return false;
 }
 
 void MatrixSearch::advance(std::int64_t count)

@@ -5,7 +5,6 @@
 #include <functional>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "JobParser/languages/OrientationMatrix.h"
@@ -63,24 +62,24 @@ private:
     std::int64_t left() const { return m_size - m_charged; }
     std::span<const std::uint8_t> bytesAhead(std::int64_t most) const;
     bool seekOpening(Overdraft overdraft);
-    bool findWordsAhead(std::string_view known);
+    bool isFramedAhead() const;
+    bool isFramed();
     Bracket seekBracket();
     bool takeArray(const MatrixFunction& function);
-    std::string textBefore(std::int64_t opening) const;
-    bool isFramedBehind();
+    std::string textAheadOf(std::int64_t opening) const;
     void advance(std::int64_t count);
 
     JobFile* m_file;
     const MatrixFrame* m_frame;
     std::int64_t m_longestBefore;
     std::int64_t m_longestAfter;
+    bool m_anythingFitsAhead;
 
     Place m_place = Place::Outside;
     std::int64_t m_position;
     std::int64_t m_size = 0;
-    std::int64_t m_charged = 0;            ///< Of the size; more than it after an overdraft.
-    std::int64_t m_textStart = 0;          ///< Inside: behind the `[`.
-    std::vector<std::size_t> m_candidates; ///< Inside: the indices of the words that stand ahead of the `[`.
+    std::int64_t m_charged = 0;   ///< Of the size; more than it after an overdraft.
+    std::int64_t m_textStart = 0; ///< Inside: behind the `[`.
 };
 
 /// Searches a whole raw stretch once, as MatrixSearch does, with overdraft. The file stands anywhere
