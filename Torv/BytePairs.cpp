@@ -151,7 +151,7 @@ public:
 
     bool hits(std::uint8_t current, std::uint8_t next) const
     {
-        return m_seconds.contains(next) & m_firsts.contains(current);
+        return m_seconds.contains(next) && m_firsts.contains(current);
     }
 
 #if defined(__x86_64__)
