@@ -207,8 +207,9 @@ bool MatrixSearch::isFramed()
     const auto fitsBehind = [&](const std::string& word) { return behind.starts_with(word); };
     if (std::ranges::none_of(m_frame->after, fitsBehind))
         return false;
-    read = behind.substr(0, static_cast<std::size_t>(m_longestAfter));
-    behind = read;
+    // To look ahead moves the position, and with it the view.
+    const std::string kept(behind.substr(0, static_cast<std::size_t>(m_longestAfter)));
+    behind = kept;
     const std::string ahead = textAheadOf(m_textStart - 1);
     const std::size_t count = std::min(m_frame->before.size(), m_frame->after.size());
     for (std::size_t index = 0; index < count; ++index) {
