@@ -344,7 +344,7 @@ TEST(PostScriptParser, ReadsFeatures)
 
             const JobInfo& info = reading.info;
             const auto known = [&](JobInfo::Flag group, int value) {
-                return info.flags(group) == 0 ? unknown : value;
+                return info.flags(static_cast<int>(group)) == 0 ? unknown : value;
             };
             EXPECT_EQ(known(JobInfo::FlagDuplex, static_cast<int>(info.duplex)), row.duplex) << row.text;
             EXPECT_EQ(known(JobInfo::FlagStapling, static_cast<int>(info.stapling)), row.stapling)
