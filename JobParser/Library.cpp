@@ -11,6 +11,13 @@
 #include "JobParser/model/ChunkText.h"
 #include "JobParser/model/ChunkUel.h"
 #include "JobParser/model/Reflection.h"
+#include "JobParser/pclxl/JobChunkPclXLAttribute.h"
+#include "JobParser/pclxl/JobChunkPclXLAttributeValue.h"
+#include "JobParser/pclxl/JobChunkPclXLEmbeddedData.h"
+#include "JobParser/pclxl/JobChunkPclXLOperator.h"
+#include "JobParser/pclxl/JobChunkPclXLRaw.h"
+#include "JobParser/pclxl/JobChunkPclXLRawWithData.h"
+#include "JobParser/pclxl/JobChunkPclXLWatermark.h"
 #include "JobParser/xps/ChunkXps.h"
 
 namespace JobParser
@@ -31,6 +38,13 @@ void registerChunkClasses()
     Reflection::registerChunkClass<ChunkPjlCmdBase64String>();
     Reflection::registerChunkClass<ChunkPrescribe>();
     Reflection::registerChunkClass<ChunkPsComment>();
+    Reflection::registerChunkClass<JobChunkPclXLRaw>();
+    Reflection::registerChunkClass<JobChunkPclXLAttributeValue>();
+    Reflection::registerChunkClass<JobChunkPclXLAttribute>();
+    Reflection::registerChunkClass<JobChunkPclXLOperator>();
+    Reflection::registerChunkClass<JobChunkPclXLWatermark>();
+    Reflection::registerChunkClass<JobChunkPclXLEmbeddedData>();
+    Reflection::registerChunkClass<JobChunkPclXLRawWithData>();
 }
 
 } // namespace

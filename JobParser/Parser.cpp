@@ -109,6 +109,8 @@ void Parser::walk(Global::Parser& globalParser, Pdl& pdl, bool allowRestrictedPd
         globalParser.postScript.parse(globalParser.pdlJobInfo);
     else if (pdl == Pdl::Prescribe)
         globalParser.prescribe.parse();
+    else if (pdl == Pdl::PclXl)
+        globalParser.pcl6Mode();
     else if (pdl == Pdl::Jpeg)
         globalParser.jpegMode(allowRestrictedPdf);
     else if (pdl == Pdl::Xps)

@@ -36,8 +36,10 @@ add_room_tests(TorvTests
     Torv/Security/Endecryptor/OptionsTest.cpp)
 
 add_room_tests(PaperTests
+    JobParser/paper/EMediaSizeTest.cpp
     JobParser/paper/PaperSizeManagerTest.cpp
-    JobParser/paper/PaperUtilsTest.cpp)
+    JobParser/paper/PaperUtilsTest.cpp
+    JobParser/paper/PclXlUtilsTest.cpp)
 
 add_room_tests(ModelTests
     JobParser/model/BaseParserTest.cpp
@@ -83,6 +85,20 @@ add_room_tests(XpsTests
     JobParser/xps/ChunkXpsTest.cpp
     JobParser/xps/XpsParserTest.cpp
     JobParser/xps/XpsTicketTest.cpp)
+
+add_room_tests(PclXlTests
+    JobParser/pclxl/JobChunkPclXLAttributeTest.cpp
+    JobParser/pclxl/JobChunkPclXLAttributeValueTest.cpp
+    JobParser/pclxl/JobChunkPclXLEmbeddedDataTest.cpp
+    JobParser/pclxl/JobChunkPclXLOperatorTest.cpp
+    JobParser/pclxl/JobChunkPclXLRawTest.cpp
+    JobParser/pclxl/JobChunkPclXLRawWithDataTest.cpp
+    JobParser/pclxl/JobChunkPclXLWatermarkTest.cpp
+    JobParser/pclxl/OperatorTest.cpp
+    JobParser/pclxl/PclXLAttributesTest.cpp
+    JobParser/pclxl/PclXLModeTest.cpp
+    JobParser/pclxl/PclXLParserTest.cpp
+    JobParser/pclxl/PclXLTagsTest.cpp)
 
 add_room_tests(FrameTests
     JobParser/LibraryTest.cpp

@@ -100,6 +100,8 @@ void Parser::parseBody(Pdl pdl)
         postScript.parse(pdlJobInfo);
     else if (pdl == Pdl::Prescribe)
         prescribe.parse();
+    else if (pdl == Pdl::PclXl)
+        pcl6Mode();
 }
 
 void Parser::jpegMode(bool allowRestrictedPdf)

@@ -30,6 +30,11 @@ public:
     /// languages throw.
     void rawMode(bool allowRestrictedPdf);
 
+    /// Finds the header of a PCL XL stream, reads the stream, and leaves the file behind it; at a UEL instead
+    /// of a header, in front of the UEL. Throws JobParserException for a stream that is malformed or missing;
+    /// then only chunks of what stands before it are in the job.
+    void pcl6Mode();
+
     /// A JPEG job is one image and counts as one colour page; nothing in it is read.
     void jpegMode(bool allowRestrictedPdf);
 
@@ -51,6 +56,7 @@ public:
 
 private:
     void skipRawBytes();
+    void parsePclXl();
     void parseBody(Pdl pdl);
     void flushRawData(std::int64_t start, std::int64_t end);
 };

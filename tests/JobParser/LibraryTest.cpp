@@ -22,7 +22,7 @@ struct ChunkClass {
 
 TEST(Library, RegistersTheChunkClassesByTheTagsOfStoredFiles)
 {
-    constexpr std::array<ChunkClass, 10> classes{{
+    constexpr auto classes = std::to_array<ChunkClass>({
         {"UelE", "{}"},
         {"FormFeedE", "{}"},
         {"FirstPageStartE", "{}"},
@@ -34,7 +34,14 @@ TEST(Library, RegistersTheChunkClassesByTheTagsOfStoredFiles)
         {"PjlCmdBase64StringE", R"({"cmd":"SET","param":"YQ=="})"},
         {"PrescribeE", R"({"ofs":1,"size":2})"},
         {"PsCommentE", R"({"comment":"%%EOF\n"})"},
-    }};
+        {"PclXLRawE", R"({"start":1,"end":2})"},
+        {"PclXLAttributeValueE", R"({"value":[1],"data_type":192})"},
+        {"PclXLAttributeE", R"({"attribute":37,"chunk":{"class":"UelE","id":3,"dto":{}}})"},
+        {"PclXLOperatorE", R"({"operator":67,"start":1,"end":2,"attributes":[]})"},
+        {"PclXLWatermarkE", R"({"size":1,"chunks":[]})"},
+        {"PclXLEmbeddedDataE", R"({"data":null})"},
+        {"PclXLRawWithDataE", R"({"rawData":"00ff"})"},
+    });
 
     Library::init({});
 

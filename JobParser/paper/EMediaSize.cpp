@@ -1,0 +1,75 @@
+#include "JobParser/paper/EMediaSize.h"
+
+namespace JobParser
+{
+
+const std::unordered_map<std::string, EMediaSize>& mediaSizes()
+{
+    // Names are looked up in capitals, so that the two with a small x fit none: such media count as unknown.
+    static const std::unordered_map<std::string, EMediaSize> sizes{
+        {"LETTER", EMediaSize{0}},
+        {"ELETTERPAPER", EMediaSize{0}},
+        {"LETTER 8.5X11", EMediaSize{0}},
+        {"LEGAL", EMediaSize{1}},
+        {"ELEGALPAPER", EMediaSize{1}},
+        {"LEGAL 8.5X14", EMediaSize{1}},
+        {"A4", EMediaSize{2}},
+        {"EA4PAPER", EMediaSize{2}},
+        {"LEDGER", EMediaSize{4}},
+        {"ELEDGERPAPER", EMediaSize{4}},
+        {"LEDGER (11 X 17)", EMediaSize{4}},
+        {"TABLOID 11X17", EMediaSize{4}},
+        {"A3", EMediaSize{5}},
+        {"EA3PAPER", EMediaSize{5}},
+        {"JISB4", EMediaSize{10}},
+        {"JIS B4", EMediaSize{10}},
+        {"B4", EMediaSize{10}},
+        {"EJB4PAPER", EMediaSize{10}},
+        {"B4 (JIS)", EMediaSize{10}},
+        {"JIS B5", EMediaSize{11}},
+        {"B5", EMediaSize{11}},
+        {"EJB5PAPER", EMediaSize{11}},
+        {"B5 (JIS)", EMediaSize{11}},
+        {"EB5ENVELOPE", EMediaSize{12}},
+        {"B5 (ISO)", EMediaSize{13}},
+        {"ISO B5", EMediaSize{13}},
+        {"A5", EMediaSize{16}},
+        {"EA5PAPER", EMediaSize{16}},
+        {"A6", EMediaSize{17}},
+        {"EA6PAPER", EMediaSize{17}},
+        {"B6", EMediaSize{18}},
+        {"JIS8K", EMediaSize{19}},
+        {"JIS16K", EMediaSize{20}},
+        {"STATEMENT 5.5X8.5", EMediaSize{22}},
+        {"STATEMENT", EMediaSize{22}},
+        {"LEGAL 8.5X13", EMediaSize{23}},
+        {"QUARTO", EMediaSize{24}},
+        {"FOLIO", EMediaSize{25}},
+        {"8.5X13", EMediaSize{25}},
+        {"FOOLSCAP", EMediaSize{26}},
+        {"B4 (ISO)", EMediaSize{31}},
+        {"ISO B4", EMediaSize{31}},
+        {"305X440", EMediaSize{33}},
+        {"RA4", EMediaSize{34}},
+        {"SRA4", EMediaSize{35}},
+        {"228X305", EMediaSize{36}},
+        {"RA3", EMediaSize{37}},
+        {"305X457", EMediaSize{38}},
+        {"SRA3", EMediaSize{39}},
+        {"9X12", EMediaSize{40}},
+        {"TABLOID EXTRA", EMediaSize{41}},
+        {"US GOV 8X10.5", EMediaSize{42}},
+        {"LETTER GOV 8.5X10", EMediaSize{43}},
+        {"LEGAL GOV 8.5X12", EMediaSize{44}},
+        {"12x17.3", EMediaSize{45}},
+        {"LETTER 8.25X10", EMediaSize{46}},
+        {"12x19.2", EMediaSize{47}},
+        {"305X488", EMediaSize{48}},
+        {"A4 TAB", EMediaSize{51}},
+        {"LETTER TAB", EMediaSize{52}},
+        {"12.6X19.2", EMediaSize{53}},
+    };
+    return sizes;
+}
+
+} // namespace JobParser
