@@ -118,6 +118,46 @@ TEST_F(UnserializationContextTest, RegistersNoChunkWhoseDataIsRejected)
     EXPECT_EQ(failureOf("2"), "Unknown chunk ID | id=2");
 }
 
+std::string group(int id, const std::string& chunks)
+{
+    return R"({"class":"PclXLWatermarkE","id":)" + std::to_string(id) + R"(,"dto":{"size":0,"chunks":[)" +
+           chunks + "]}}";
+}
+
+TEST_F(UnserializationContextTest, HoldsBackChunksThatHoldEachOtherTooDeep)
+{
+    chunkOf(group(2, ""));
+    for (int id = 3; id <= 65; ++id)
+        chunkOf(group(id, std::to_string(id - 1)));
+
+    EXPECT_EQ(failureOf(group(66, "65")), "Chunks in metadata nest too deep");
+    EXPECT_EQ(failureOf(group(67, "64")), "none") << "64 levels are allowed";
+    EXPECT_EQ(failureOf("65"), "none");
+}
+
+TEST_F(UnserializationContextTest, HoldsBackReferencesThatStandForTooManyChunks)
+{
+    chunkOf(group(2, ""));
+    int id = 3;
+    std::string failure;
+    for (; id < 60 && failure != "References in metadata stand for too many chunks"; ++id)
+        failure = failureOf(group(id, std::to_string(id - 1) + "," + std::to_string(id - 1)));
+
+    // Each holds twice what the one before it holds.
+    EXPECT_EQ(id, 26);
+}
+
+TEST_F(UnserializationContextTest, AllowsAnyNumberOfReferencesToAChunkThatHoldsNone)
+{
+    chunkOf(R"({"class":"UelE","id":2,"dto":{}})");
+    std::string references = "2";
+    for (int count = 1; count < 100000; ++count)
+        references += ",2";
+
+    for (int round = 0; round < 3; ++round)
+        EXPECT_EQ(failureOf(group(10 + round, references)), "none");
+}
+
 TEST_F(UnserializationContextTest, TakesATagFromAFullClassName)
 {
     EXPECT_NE(dynamic_cast<ChunkUel*>(chunkOf(R"({"class":"::ChunkUelE","id":2,"dto":{}})").get()), nullptr);
