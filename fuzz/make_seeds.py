@@ -282,12 +282,90 @@ XPS = {
 }
 
 
+def value(tag, data, attribute):
+    return bytes([tag]) + data + bytes([0xF8, attribute])
+
+
+def text(data, attribute):
+    return value(0xC8, bytes([0xC0, len(data)]) + data, attribute)
+
+
+PCLXL = {
+    "empty": b"",
+    "session": value(0xD1, b"\x58\x02\x58\x02", 137) + value(0xC0, b"\x02", 143) + b"A" + b"B",
+    "page": value(0xC0, b"\x01", 40) + value(0xC0, b"\x02", 37) + value(0xC0, b"\x01", 53) + b"C"
+    + value(0xC1, b"\x02\x00", 49) + b"DB",
+    "page_of_a_name": text(b"A4", 37) + value(0xC0, b"\x00", 52) + b"CDB",
+    "page_of_a_wide_name": value(0xC9, b"\xc0\x02A\x004\x00", 37) + b"CB",
+    "copies_that_are_no_number": value(0xD1, b"\x01\x00\x01\x00", 49) + b"DB",
+    "fonts": text(b"Courier", 168) + b"O" + text(b"\xff\x00", 168) + b"OB",
+    "comment_with_prescribe": text(b"!R! COPY 2;EXIT;", 129) + b"GB",
+    "comments_with_prescribe": text(b"x!R! COPY 2;", 129) + b"G" + text(b"EXIT;!R!EXIT;", 129) + b"GB",
+    "comment_of_lexmark": text(b"Lexmark Enhanced", 129) + b"G" + value(0xC0, b"\x11", 37) + b"CB",
+    "comment_that_is_no_text": value(0xC0, b"!", 129) + b"GB",
+    "operators_without_meaning": bytes(range(0x48, 0x4F)) + bytes(range(0x50, 0xC0)) + b"B",
+    "text_and_vectors": text(b"some text", 171) + b"\xa8" + value(0xD3, b"abcd", 76) + b"\x6b"
+    + value(0xE1, b"12345678", 66) + b"\xa0B",
+    "wide_identifier": b"\xc0\x02\xf9\x00\x25CB",
+    "embedded_data": b"\xb0\xfa\x03\x00\x00\x00abc\xfb\x01dDB",
+    "embedded_data_empty": b"\xfa\x00\x00\x00\x00B",
+    "embedded_data_beyond_the_end": b"\xfa\xff\xff\xff\xffB",
+    "array_of_4_GiB": b"\xc8\xc2\xff\xff\xff\xff\xf8\x25CB",
+    "array_of_more_than_4_GiB": b"\xca\xc2\x01\x00\x00\x40\xf8\x25CB",
+    "array_of_no_type": b"\xce\xc0\x00\xf8\x25CB",
+    "array_length_of_no_type": b"\xc8\xc3",
+    "tag_that_is_none": b" ",
+    "tag_that_is_refused": b"\xd6",
+    "tag_255": b"\xff",
+    "identifier_that_is_none": b"\xc0\x01\xc0",
+    "cut": value(0xC0, b"\x02", 37) + b"C",
+}
+
+VALUE = chunk("PclXLAttributeValueE", 3, '{"value":[2],"data_type":192}')
+ATTRIBUTE = chunk("PclXLAttributeE", 2, '{"attribute":37,"chunk":%s}' % VALUE)
+
+
+def watermark(number, *chunks, size=0):
+    return chunk("PclXLWatermarkE", number, '{"size":%d,"chunks":[%s]}' % (size, ",".join(chunks)))
+
+
+PCLXL_METADATA = {
+    "page": chunk("PclXLRawE", 9, '{"start":0,"end":15}') + ","
+    + chunk("PclXLOperatorE", 8, '{"operator":67,"start":16,"end":20,"attributes":[%s,2]}' % ATTRIBUTE),
+    "attribute_of_a_range": chunk("PclXLAttributeE", 2, '{"attribute":37,"chunk":%s}'
+                                  % chunk("PclXLRawE", 3, '{"start":16,"end":17}')),
+    "attribute_without_a_value": chunk("PclXLAttributeE", 2, '{"attribute":37,"chunk":null}'),
+    "attribute_of_an_operator": chunk("PclXLAttributeE", 2, '{"attribute":37,"chunk":%s}'
+                                      % chunk("PclXLOperatorE", 3,
+                                              '{"operator":68,"start":0,"end":-9,"attributes":[]}')),
+    "operator_of_a_value": chunk("PclXLOperatorE", 2, '{"operator":67,"start":0,"end":0,"attributes":[%s]}' % VALUE),
+    "array": chunk("PclXLAttributeValueE", 2, '{"value":[1,2,3],"data_type":201,"array_length_type":194}'),
+    "array_without_length_type": chunk("PclXLAttributeValueE", 2, '{"value":[1,2],"data_type":200}'),
+    "array_of_no_type": chunk("PclXLAttributeValueE", 2, '{"value":[],"data_type":206,"array_length_type":192}'),
+    "array_of_no_length_type": chunk("PclXLAttributeValueE", 2,
+                                     '{"value":[],"data_type":200,"array_length_type":200}'),
+    "range_of_negative_size": chunk("PclXLRawE", 2, '{"start":9,"end":0}'),
+    "range_of_all_numbers": chunk("PclXLRawE", 2,
+                                  '{"start":-9223372036854775808,"end":9223372036854775807}'),
+    "embedded_data": chunk("PclXLEmbeddedDataE", 2, '{"data":%s}'
+                           % chunk("PclXLRawWithDataE", 3, '{"rawData":"00fFgx1"}')),
+    "embedded_data_empty": chunk("PclXLEmbeddedDataE", 2, '{"data":null}'),
+    "embedded_data_of_negative_size": chunk("PclXLEmbeddedDataE", 2, '{"data":%s}' % watermark(3, size=-5)),
+    "watermark": watermark(2, chunk("UelE", 3), "null", "3"),
+    "watermarks_that_double": ",".join(
+        [watermark(2)] + [watermark(n, str(n - 1), str(n - 1)) for n in range(3, 30)]),
+    "watermarks_that_nest": ",".join([watermark(2)] + [watermark(n, str(n - 1)) for n in range(3, 70)]),
+}
+
+
 def main():
     for target, seeds in {
         "JobFuzz": JOBS,
         "JsonFuzz": JSON,
         "MetadataFuzz": METADATA,
         "Pcl5Fuzz": PCL5,
+        "PclXlFuzz": PCLXL,
+        "PclXlMetadataFuzz": PCLXL_METADATA,
         "PostScriptFuzz": POSTSCRIPT,
         "PrescribeFuzz": PRESCRIBE,
         "RewritingFuzz": REWRITING,
@@ -296,7 +374,7 @@ def main():
         folder = HERE / (target + "_corpus")
         folder.mkdir(exist_ok=True)
         for name, content in seeds.items():
-            (folder / name).write_bytes(content)
+            (folder / name).write_bytes(content.encode() if isinstance(content, str) else content)
 
 
 if __name__ == "__main__":

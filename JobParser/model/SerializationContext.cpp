@@ -41,6 +41,13 @@ std::string SerializationContext::serializeChunk(const std::shared_ptr<IChunk>& 
     return json;
 }
 
+std::string SerializationContext::serializeAlone(const IChunk& chunk)
+{
+    std::string json;
+    appendDefinition(json, chunk, ++m_lastId);
+    return json;
+}
+
 void SerializationContext::appendChunks(std::string& json, const std::vector<std::shared_ptr<IChunk>>& chunks)
 {
     const char* separator = "";

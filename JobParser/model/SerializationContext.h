@@ -27,6 +27,13 @@ public:
     /// otherwise an object. Throws Torv::GenericException if the chunk's class is not registered.
     std::string serializeChunk(const std::shared_ptr<IChunk>& chunk);
 
+    /// The same for a part of a chunk, whose toJson calls it: one that the chunk alone holds stands nowhere
+    /// else, and is not kept in mind.
+    template <typename Chunk> std::string serializePart(const std::shared_ptr<Chunk>& part)
+    {
+        return part.use_count() == 1 ? serializeAlone(*part) : serializeChunk(part);
+    }
+
     /// Appends the texts of a list of chunks, with commas between them. The list stays as it is meanwhile,
     /// and has not been written in this context before.
     void appendChunks(std::string& json, const std::vector<std::shared_ptr<IChunk>>& chunks);
@@ -34,6 +41,7 @@ public:
 private:
     struct Ids;
 
+    std::string serializeAlone(const IChunk& chunk);
     void appendChunk(std::string& json, const std::shared_ptr<IChunk>& chunk);
     void appendDefinition(std::string& json, const IChunk& chunk, std::int32_t id);
     const std::string& addKnownClass(const IChunk& chunk);

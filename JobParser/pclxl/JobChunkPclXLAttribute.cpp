@@ -53,7 +53,7 @@ std::string JobChunkPclXLAttribute::toJson(SerializationContext& context) const
 {
     Torv::Json::Object dto;
     dto.add("attribute", attribute);
-    dto.addJson("chunk", context.serializeChunk(chunk));
+    dto.addJson("chunk", context.serializePart(chunk));
     return dto.take();
 }
 

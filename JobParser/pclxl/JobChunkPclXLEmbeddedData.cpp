@@ -64,7 +64,7 @@ void JobChunkPclXLEmbeddedData::dump(Torv::Log::ILog& log)
 std::string JobChunkPclXLEmbeddedData::toJson(SerializationContext& context) const
 {
     Torv::Json::Object dto;
-    dto.addJson("data", context.serializeChunk(data));
+    dto.addJson("data", context.serializePart(data));
     return dto.take();
 }
 

@@ -68,7 +68,7 @@ std::string JobChunkPclXLOperator::toJson(SerializationContext& context) const
 {
     Torv::Json::Array list;
     for (const auto& attribute : attributes)
-        list.addJson(context.serializeChunk(attribute));
+        list.addJson(context.serializePart(attribute));
     Torv::Json::Object dto;
     dto.add("operator", m_operator);
     dto.add("start", start);

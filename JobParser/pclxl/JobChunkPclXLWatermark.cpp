@@ -55,7 +55,7 @@ std::string JobChunkPclXLWatermark::toJson(SerializationContext& context) const
 {
     Torv::Json::Array list;
     for (const auto& chunk : chunks)
-        list.addJson(context.serializeChunk(chunk));
+        list.addJson(context.serializePart(chunk));
     Torv::Json::Object dto;
     dto.add("size", m_size);
     dto.add("chunks", list);

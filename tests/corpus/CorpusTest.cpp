@@ -12,6 +12,7 @@
 #include "JobParser/JobFile.h"
 #include "JobParser/Library.h"
 #include "JobParser/Parser.h"
+#include "JobParser/pclxl/JobChunkPclXLOperator.h"
 #include "tests/corpus/PjlRewriting.h"
 #include "tests/corpus/RealJobs.h"
 #include "tests/corpus/RecordFacts.h"
@@ -113,7 +114,7 @@ struct Difference {
     std::string_view why;
 };
 
-constexpr std::array<Difference, 22> differences{{
+constexpr std::array<Difference, 23> differences{{
     {"ps-a2ps-duplex.ps", "copies", "1", "told in the body, in PostScript"},
     {"kyocera-taskalfa500ci-ps-staple-upper-right-punch2.ps", "stapled", "no",
      "told by the feature KCStaple, which is not read; the rule of the KX driver makes none of it"},
@@ -140,6 +141,8 @@ constexpr std::array<Difference, 22> differences{{
     {"oce-varioprint2100-ps-ticket-staple.ps", "pdl", "", "a ticket of the maker stands before %!PS"},
     {"public-qpdf-leading-junk.pdf", "pdl", "", "the signature does not stand at the start"},
     {"ricoh-mpc3002-pdf-staple-centerw.pjl.pdf", "staple", "two", "a booklet counts as two staples"},
+    {"gs-pxlmono-land2-dduplextrue.pxl", "duplex", "short",
+     "landscape exchanges the edges, and this driver does not turn them with the page"},
 }};
 
 // What the PJL of each job tells in a way that is read, so that its record has to know it.
@@ -219,6 +222,22 @@ constexpr std::array<UntoldFact, 20> untoldByPostScript{{
     {"sharp-arc172-ps-jcl-staple-punch.ps", "stapled", "told by JOBSTAPLE of PJL"},
     {"toshiba-es280-ps-staple-ul-holepunch.ps", "stapled", "told by the feature Stapling"},
     {"toshiba-es280-ps-staple-ul-holepunch.ps", "punched", "told by the feature HolePunch"},
+}};
+
+// The jobs whose body tells copies, duplex, orientation and paper in PCL XL, so that their records know all
+// of them, and the operators that become chunks: the session, and two for each page.
+struct PclXlJob {
+    std::string_view file;
+    int pages;
+};
+
+constexpr std::array<PclXlJob, 6> pclXlJobs{{
+    {"foomatic-genpcl6-duplex-short.pxl", 3},
+    {"gs-pxlcolor-mixed5.pxl", 5},
+    {"gs-pxlmono-land2-dduplextrue.pxl", 2},
+    {"gs-pxlmono-mixsize.pxl", 2},
+    {"ricoh-mpc3002-pxl-gray-short.pxl", 2},
+    {"ricoh-mpc3002-pxl-staple-upperleft.pxl", 3},
 }};
 
 struct ParsedJob {
@@ -438,6 +457,29 @@ TEST_F(RealJobs, KnowAllThatTheirPrintTicketsTell)
     });
 
     EXPECT_EQ(found.size(), toldByTickets.size());
+}
+
+TEST_F(RealJobs, KnowAllThatTheirPclXlTells)
+{
+    std::set<std::string_view> found;
+
+    forEach([&](const ParsedJob& job) {
+        const JobParser::JobInfo& info = job.result.job->jobInfo;
+        const auto row = std::ranges::find(pclXlJobs, job.real.name, &PclXlJob::file);
+        EXPECT_EQ(row != pclXlJobs.end(), info.pdl == JobParser::Pdl::PclXl);
+        if (row == pclXlJobs.end())
+            return;
+        found.insert(row->file);
+        const Corpus::Facts reported = Corpus::recordFacts(info);
+        for (const char* fact : {"copies", "duplex", "orientation", "paper"})
+            EXPECT_TRUE(reported.contains(fact)) << fact;
+        const auto isOperator = [](const std::shared_ptr<JobParser::IChunk>& chunk) {
+            return std::dynamic_pointer_cast<JobParser::JobChunkPclXLOperator>(chunk) != nullptr;
+        };
+        EXPECT_EQ(std::ranges::count_if(job.result.job->chunks, isOperator), 1 + 2 * row->pages);
+    });
+
+    EXPECT_EQ(found.size(), pclXlJobs.size());
 }
 
 } // namespace

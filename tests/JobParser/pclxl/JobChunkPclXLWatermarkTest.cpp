@@ -72,6 +72,20 @@ TEST_F(JobChunkPclXLWatermarkTest, ComesBackFromItsDataWithTheSizeThatStandsTher
     EXPECT_EQ(saved(*chunk), "abab");
 }
 
+TEST_F(JobChunkPclXLWatermarkTest, WritesAChunkThatOthersHoldTooOnce)
+{
+    const auto text = std::make_shared<ChunkText>("a");
+    JobChunkPclXLWatermark inner;
+    inner.addChunk(text);
+    JobChunkPclXLWatermark chunk;
+    chunk.addChunk(std::make_shared<JobChunkPclXLWatermark>(inner));
+    chunk.addChunk(text);
+
+    EXPECT_EQ(json(chunk),
+              R"({"size":2,"chunks":[{"class":"PclXLWatermarkE","id":2,"dto":{"size":1,"chunks":[)"
+              R"({"class":"TextE","id":3,"dto":{"text":"a"}}]}},3]})");
+}
+
 TEST_F(JobChunkPclXLWatermarkTest, RefusesDataWithoutItsKeys)
 {
     for (const char* dto : {"{}", R"({"size":1})", R"({"chunks":[]})", R"({"size":"1","chunks":[]})",
