@@ -1,7 +1,7 @@
 // How a PCL XL stream is reached from the raw stream, and what it contributes to the record.
 
-#include <algorithm>
 #include <array>
+#include <cstring>
 
 #include "JobParser/Job.h"
 #include "JobParser/JobFile.h"
@@ -44,11 +44,12 @@ void skipLine(JobFile& file)
 {
     while (!file.atEnd()) {
         const auto bytes = file.window();
-        const auto found = std::ranges::find(bytes, lineFeed);
-        const bool isInside = found != bytes.end();
-        file.advancePos(found - bytes.begin() + (isInside ? 1 : 0));
-        if (isInside)
+        const void* const found = std::memchr(bytes.data(), lineFeed, bytes.size());
+        if (found != nullptr) {
+            file.advancePos(static_cast<const std::uint8_t*>(found) - bytes.data() + 1);
             return;
+        }
+        file.advancePos(std::ssize(bytes));
     }
 }
 

@@ -285,6 +285,15 @@ TEST(PclXLMode, ReplacesWhatAnEarlierStreamSaidButAddsUpFonts)
     EXPECT_EQ(parser.pdlJobInfo.fonts, (std::set<std::string>{"Arial", "Courier"}));
 }
 
+TEST(PclXLMode, EndsTheHeaderLineWhereverAViewEnds)
+{
+    for (const std::size_t size : {4194303U, 4194304U, 4194305U, 9000000U}) {
+        const Mode mode(") HP-PCL XL;" + std::string(size - 13, 'x') + "\nB");
+        EXPECT_EQ(mode.chunks(), "raw 0-" + std::to_string(size - 1) + ", raw " + std::to_string(size) + "-" +
+                                     std::to_string(size));
+    }
+}
+
 // --- Failures
 
 TEST(PclXLMode, WrapsTheMessageOfAFailureAsItStands)
@@ -375,6 +384,33 @@ TEST(PclXLMode, ReadsAJobBehindPjlAndGoesOnBehindIt)
               "UEL, ?, raw 36-59, A 60-68, C 69-80, raw 81-95, D 96-101, raw 102-102, UEL");
     EXPECT_EQ(saved(*result->job, job.file), bytes);
     EXPECT_NO_THROW(result->job->checkChunkSizes(job.file));
+}
+
+int stapleOf(const char* option, int pageOrientation)
+{
+    OpenJob job(
+        JobBytes()
+            .uel()
+            .pjl("SET PROCESSINGTYPE=\"STAPLING\"")
+            .pjl(std::string("SET PROCESSINGOPTION=\"") + option + '"')
+            .pjl("ENTER LANGUAGE=PCLXL")
+            .raw(PclXlBytes().header().ubyte(pageOrientation, orientation).op(beginPage).op(0x42).str())
+            .uel());
+    const auto result = parse(job);
+    EXPECT_TRUE(result->parsed);
+    EXPECT_EQ(static_cast<int>(result->job->jobInfo.orientation), pageOrientation);
+    return static_cast<int>(result->job->jobInfo.stapling);
+}
+
+TEST(PclXLMode, PlacesAStapleByTheOrientationOfTheStream)
+{
+    const int portrait = stapleOf("LEFT_1PT", 0);
+
+    EXPECT_EQ(portrait, 1);
+    EXPECT_EQ(stapleOf("LEFT_1PT", 4), portrait) << "turns are counted modulo 4";
+    EXPECT_EQ(stapleOf("LEFT_1PT", 200), portrait);
+    EXPECT_EQ(stapleOf("LEFT_1PT", 2), 100);
+    EXPECT_EQ(stapleOf("LEFT_1PT", 6), 100);
 }
 
 TEST(PclXLMode, ReadsAJobByItsFirstBytes)
