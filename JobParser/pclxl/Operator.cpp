@@ -80,8 +80,8 @@ template <> Value Operator<tag_t::Comment, Comment>::parseAttribute(attribute_t 
     for (std::string_view text = whole; !text.empty();) {
         if (open.empty()) {
             const std::size_t begin = text.find(blockStart);
-            if (begin == text.npos) {
-                if (text.find(lexmarkMark) == text.npos)
+            if (begin == std::string_view::npos) {
+                if (text.find(lexmarkMark) == std::string_view::npos)
                     return none;
                 parser->m_swapBinding = true;
                 parser->m_lexmarkEnhanced = true;
@@ -91,7 +91,7 @@ template <> Value Operator<tag_t::Comment, Comment>::parseAttribute(attribute_t 
             text.remove_prefix(begin);
         }
         const std::size_t end = text.find(blockEnd);
-        if (end == text.npos) {
+        if (end == std::string_view::npos) {
             if (open.size() > maxOpenBlock)
                 open.clear();
             else
