@@ -67,8 +67,8 @@ constexpr auto wideIdTag = static_cast<std::uint8_t>(tag_t::AttributeIdWide);
 /// have together.
 constexpr std::ptrdiff_t plainMargin = 128;
 
-/// Passes `size` bytes behind a tag and the identifier behind them. False, with nothing passed, if there is
-/// no identifier.
+/// Passes a value of `size` bytes, its tag included, and the identifier behind it. False, with nothing
+/// passed, if there is no identifier.
 inline bool passValue(const std::uint8_t*& at, std::ptrdiff_t size)
 {
     const std::uint8_t* const id = at + size;
