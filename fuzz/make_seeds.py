@@ -118,6 +118,8 @@ METADATA = {
         chunk("PsCommentE", 11, '{"comment":"%%EOF\\n"}'),
         chunk("PclEscE", 10, '{"opGroupParam":2518081,"binOffset":0,"binSize":0,"value":"26"}')),
     "comment_with_zero_byte": metadata(chunk("PsCommentE", 2, '{"comment":"%%a\\u0000b"}')),
+    "payload_behind_two_bytes": metadata(
+        chunk("PclEscE", 2, '{"opGroupParam":4521984,"binOffset":0,"binSize":3,"value":""}')),
     "every_fact": metadata(info='{"version":1,"pdl":2,"copies":3,"duplex":1,"monoCount":1,"grayCount":2,'
                                 '"colorCount":3,"paper":5,"pjl":true,"forceMono":true,"ecoMode":true,'
                                 '"stapling":101,"punching":3,"orientation":1,"pagesPerSheet":2,'
