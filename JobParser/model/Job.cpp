@@ -46,7 +46,10 @@ void Job::appendChunk(std::shared_ptr<IChunk> chunk)
 
 void Job::appendChunks(const std::vector<std::shared_ptr<IChunk>>& newChunks)
 {
-    chunks.insert(chunks.end(), newChunks.begin(), newChunks.end());
+    // By index and up to the present end, since the new chunks may be the job's own.
+    const std::size_t count = newChunks.size();
+    for (std::size_t index = 0; index < count; ++index)
+        chunks.push_back(newChunks[index]);
     modified = true;
 }
 

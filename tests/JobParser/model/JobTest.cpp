@@ -115,6 +115,16 @@ TEST(Job, AppendsChunksInOrder)
     EXPECT_EQ(saved(job), "abcde");
 }
 
+TEST(Job, AppendsItsOwnChunksOnceMore)
+{
+    Job job = threeTexts();
+    job.chunks.shrink_to_fit();
+
+    job.appendChunks(job.chunks);
+
+    EXPECT_EQ(saved(job), "abcabc");
+}
+
 TEST(Job, IsModifiedEvenIfNoChunkWasAppended)
 {
     Job job = threeTexts();
