@@ -564,6 +564,16 @@ TEST(Parser, ClearsWhatWasCollectedIfNobodyWantsIt)
     EXPECT_EQ(recordOf(job), expected.json());
 }
 
+TEST(Parser, KeepsTheOrientationEvenIfNobodyWantsWhatIsCollected)
+{
+    OpenJob job(JobBytes().esc("E").esc("&l1O").esc("&l26A").esc("&l1S").raw("a"));
+
+    const JobInfo info = parse(job, {Pdl::Detect, false, true})->job->jobInfo;
+
+    EXPECT_EQ(info.orientation, Orientation::Landscape);
+    EXPECT_EQ(info.flags(65535), 2048 | 64 | 4);
+}
+
 TEST(Parser, TurnsPagesIntoSidesOfPaper)
 {
     Record expected;
@@ -574,6 +584,40 @@ TEST(Parser, TurnsPagesIntoSidesOfPaper)
 
     EXPECT_EQ(recordOf(JobBytes().raw(jpegStart).uel().pjl("SET LPARM:PDF KMULTIPAGE=TWO").uel().str()),
               expected.json());
+}
+
+struct Sides {
+    const char* pagesPerSheet;
+    const char* pages;
+    int mono;
+    int color;
+};
+
+TEST(Parser, KeepsColourPagesAsColourSidesAsLongAsThereAreSides)
+{
+    constexpr std::array<Sides, 8> rows{{
+        {"TWO", "Color=2,Mono=4", 1, 2},
+        {"TWO", "Color=5,Mono=1", 0, 3},
+        {"TWO", "Color=1,Mono=0", 0, 1},
+        {"TWO", "Color=0,Mono=3", 2, 0},
+        {"TWO", "Color=0,Mono=0", 0, 0},
+        {"FOUR", "Color=1,Mono=7", 1, 1},
+        {"FOUR", "Color=4,Mono=1", 0, 2},
+        {"NONE", "Color=2,Mono=4", 4, 2},
+    }};
+
+    for (const Sides& row : rows) {
+        OpenJob job(JobBytes()
+                        .uel()
+                        .pjl(std::string("SET LPARM:PDF KMULTIPAGE=") + row.pagesPerSheet)
+                        .raw(std::string("!R!CMNT ") + row.pages + ";EXIT;"));
+
+        const JobInfo info = parse(job)->job->jobInfo;
+
+        EXPECT_EQ(info.monoCount, row.mono) << row.pagesPerSheet << row.pages;
+        EXPECT_EQ(info.grayCount, 0) << row.pagesPerSheet << row.pages;
+        EXPECT_EQ(info.colorCount, row.color) << row.pagesPerSheet << row.pages;
+    }
 }
 
 TEST(Parser, CountsZeroSidesIfPagesPerSheetAreKnownAlone)
@@ -629,6 +673,45 @@ TEST(Parser, CorrectsTheFinishingOfKxJobs)
     expected.last = "";
     EXPECT_EQ(recordOf(JobBytes().uel().pjl("SET STAPLE=LEFTTOP").pjl("SET KPUNCHOPTION=MAIN").uel().str()),
               expected.json());
+}
+
+struct TurnedFinishing {
+    const char* orientation;
+    int hpStapling;
+    int hpPunching;
+    int kxStapling;
+    int kxPunching;
+};
+
+TEST(Parser, TurnsTheFinishingOfHpAndKxJobsWithThePage)
+{
+    constexpr std::array<TurnedFinishing, 4> rows{{
+        {"&l0O", 1, 100, 1, 101},
+        {"&l1O", 2, 1, 2, 101},
+        {"&l2O", 100, 100, 100, 100},
+        {"&l3O", 100, 100, 100, 100},
+    }};
+
+    for (const TurnedFinishing& row : rows) {
+        const std::string page =
+            JobBytes().pjl("ENTER LANGUAGE=PCL").esc(row.orientation).raw("a").uel().str();
+        OpenJob hp(JobBytes()
+                       .uel()
+                       .pjl("SET PROCESSINGTYPE=\"STAPLING\"")
+                       .pjl("SET PROCESSINGOPTION=\"ONE_STAPLE\"")
+                       .pjl("SET PROCESSINGTYPE=\"PUNCH\"")
+                       .pjl("SET PROCESSINGOPTION=\"TOP_2HOLE\"")
+                       .raw(page));
+        OpenJob kx(JobBytes().uel().pjl("SET STAPLE=LEFTTOP").pjl("SET KPUNCHOPTION=MAIN").raw(page));
+
+        const JobInfo hpInfo = parse(hp)->job->jobInfo;
+        const JobInfo kxInfo = parse(kx)->job->jobInfo;
+
+        EXPECT_EQ(static_cast<int>(hpInfo.stapling), row.hpStapling) << row.orientation;
+        EXPECT_EQ(static_cast<int>(hpInfo.punching), row.hpPunching) << row.orientation;
+        EXPECT_EQ(static_cast<int>(kxInfo.stapling), row.kxStapling) << row.orientation;
+        EXPECT_EQ(static_cast<int>(kxInfo.punching), row.kxPunching) << row.orientation;
+    }
 }
 
 TEST(Parser, KnowsThatThereIsNoFinishingForHpAndKxJobsThatTellNone)
