@@ -20,6 +20,7 @@ namespace Torv
 /// The syntax is what ECMAScript and RE2 have in common. `\s` means the bytes 9 to 13 and blank, `.` any byte
 /// but line feed and carriage return, and `^` and `$` the ends of the subject. The constructor throws
 /// GenericException for a pattern that does not compile, and for `\S` within brackets and `\Q`.
+/// Alternatives that begin with the same byte from 80 on are not found.
 class Regex
 {
 public:

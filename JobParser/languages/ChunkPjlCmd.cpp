@@ -1,5 +1,7 @@
 #include "JobParser/languages/ChunkPjlCmd.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <locale>
 #include <memory>
 #include <optional>
@@ -26,10 +28,23 @@ constexpr std::string_view lineEnd = "\r\n";
 // std::regex recurses for each byte of the text, so that it is given no more than its stack bears.
 constexpr std::size_t maxRegExSubject = 4096;
 
+/// Whether RE2 may mean something else by the pattern than std::regex. Its brackets are never empty, its `\0`
+/// and `\10` take octal digits, and it misses alternatives that begin with the same byte from 80 on.
+bool meansSomethingElse(std::string_view pattern)
+{
+    for (const std::string_view part : {"[]", "[^]", "\\x", "\\0", "\\1"}) {
+        if (pattern.find(part) != pattern.npos)
+            return true;
+    }
+    return std::ranges::any_of(pattern, [](char byte) { return static_cast<std::uint8_t>(byte) >= 0x80; });
+}
+
 /// The same pattern in the engine that neither recurses nor takes exponential time. Null for what only
 /// std::regex knows: look-aheads and back references.
 std::unique_ptr<const Torv::Regex> linearForm(const char* pattern)
 {
+    if (meansSomethingElse(pattern))
+        return nullptr;
     try {
         return std::make_unique<const Torv::Regex>(pattern);
     } catch (const Torv::GenericException&) {

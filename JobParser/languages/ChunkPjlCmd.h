@@ -47,8 +47,8 @@ public:
     ///
     /// A parameter of more than 4096 bytes, four times what a line of a job can hold, never matches. Throws
     /// std::regex_error for a pattern that does not compile. Takes linear time and little stack, but for
-    /// patterns with look-aheads or back references, which take what std::regex takes: up to a kilobyte of
-    /// stack for each byte.
+    /// patterns with look-aheads, back references, empty brackets, `\x`, `\0` or bytes from 80 on, which take
+    /// what std::regex takes: up to a kilobyte of stack for each byte.
     bool parseParamRegEx(const char* pattern, std::string& out) const;
 
     std::string cmd;   ///< The command word, case as it stood; empty for a bare `@PJL`.

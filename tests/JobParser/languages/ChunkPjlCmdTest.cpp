@@ -361,6 +361,37 @@ TEST(ChunkPjlCmd, GivesTheFirstGroupOfAPattern)
     }
 }
 
+TEST(ChunkPjlCmd, TakesAPatternAsTheStandardGrammarDoes)
+{
+    const struct {
+        const char* pattern;
+        const char* param;
+        bool result;
+        const char* out;
+    } rows[] = {
+        // Brackets may be empty: nothing fits into them, and anything if they are negated.
+        {"[]A]", "]A]", false, "before"},
+        {"[]A]", "A", false, "before"},
+        {"([^])A]", "]A]", true, "]"},
+        {"([^]A])", "xA]", true, "xA]"},
+        {"[^]A]", "x", false, "before"},
+        // No digits belong to a NUL.
+        {"A(\\01*)", "A", false, "before"},
+        {"A(\\01?)", "A\x01", false, "before"},
+        // Alternatives may begin with the same byte, whatever it is.
+        {"(\xE4|\xE4x)=", "\xE4x=1", true, "\xE4x"},
+        {"(\\xE4|\\xE4x)=", "\xE4x=1", true, "\xE4x"},
+        {"([\xE4]|[\xE4]x)=", "\xE4=1", true, "\xE4"},
+    };
+    for (const auto& row : rows) {
+        std::string out = "before";
+
+        EXPECT_EQ(ChunkPjlCmd("JOB", row.param).parseParamRegEx(row.pattern, out), row.result)
+            << row.pattern << " in " << row.param;
+        EXPECT_EQ(out, row.out) << row.pattern << " in " << row.param;
+    }
+}
+
 TEST(ChunkPjlCmd, PassesOnThatAPatternDoesNotCompile)
 {
     std::string out;
