@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "tests/Torv/CommaLocale.h"
+
 namespace Torv
 {
 namespace
@@ -74,15 +76,10 @@ TEST(Format, KeepsBytesThatAreNoText)
 
 TEST(Format, IgnoresTheLocaleOfTheHost)
 {
-    if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr)
-        GTEST_SKIP() << "no German locale here";
+    const Torv::Test::CommaLocale locale;
 
-    const std::string text = format("%.1f %'d", 1.5, 1000000);
-    const std::string point = std::localeconv()->decimal_point;
-    std::setlocale(LC_ALL, "C");
-
-    EXPECT_EQ(text, "1.5 1000000");
-    EXPECT_EQ(point, ",");
+    EXPECT_EQ(format("%.1f %'d", 1.5, 1000000), "1.5 1000000");
+    EXPECT_STREQ(std::localeconv()->decimal_point, ",") << "the host keeps its locale";
 }
 
 } // namespace
