@@ -19,6 +19,8 @@
 #include "JobParser/pclxl/JobChunkPclXLRawWithData.h"
 #include "JobParser/pclxl/JobChunkPclXLWatermark.h"
 #include "JobParser/xps/ChunkXps.h"
+#include "pdf/ChunkPdf.h"
+#include "pdf/ChunkPdfDocumentInfo.h"
 
 namespace JobParser
 {
@@ -45,6 +47,8 @@ void registerChunkClasses()
     Reflection::registerChunkClass<JobChunkPclXLWatermark>();
     Reflection::registerChunkClass<JobChunkPclXLEmbeddedData>();
     Reflection::registerChunkClass<JobChunkPclXLRawWithData>();
+    Reflection::registerChunkClass<ChunkPdfDocumentInfo>();
+    Reflection::registerChunkClass<ChunkPdf>();
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "JobParser/model/ChunkFirstPageStart.h"
 #include "JobParser/model/ChunkRawData.h"
 #include "JobParser/model/GlobalParser.h"
+#include "pdf/PdfParserException.h"
 
 #include "Torv/Format.h"
 #include "Torv/Log/ILog.h"
@@ -83,6 +84,11 @@ std::shared_ptr<JobParserResult> Parser::parse(JobFile& file, const ParseOptions
     Pdl pdl = options.pdl;
     try {
         walk(globalParser, pdl, options.allowRestrictedPdf);
+    } catch (const Pdf::Parser::PdfParserException& error) {
+        if (!options.allowRestrictedPdf)
+            throw;
+        parsingJobFailed(*result, globalParser, error.what(), start);
+        return result;
     } catch (const JobParserException& error) {
         parsingJobFailed(*result, globalParser, error.what(), start);
         return result;
@@ -111,6 +117,8 @@ void Parser::walk(Global::Parser& globalParser, Pdl& pdl, bool allowRestrictedPd
         globalParser.prescribe.parse();
     else if (pdl == Pdl::PclXl)
         globalParser.pcl6Mode();
+    else if (pdl == Pdl::Pdf)
+        globalParser.pdfMode(allowRestrictedPdf);
     else if (pdl == Pdl::Jpeg)
         globalParser.jpegMode(allowRestrictedPdf);
     else if (pdl == Pdl::Xps)

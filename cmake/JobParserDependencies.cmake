@@ -2,6 +2,7 @@ find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 find_package(Boost 1.81 REQUIRED)
 find_package(simdjson REQUIRED)
+find_package(ZLIB REQUIRED)
 pkg_check_modules(re2 REQUIRED IMPORTED_TARGET re2)
 
 # Its pkg-config file puts headers named like those of the system into the search path.

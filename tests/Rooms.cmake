@@ -104,3 +104,40 @@ add_room_tests(FrameTests
     JobParser/LibraryTest.cpp
     JobParser/ParseJobInfoTest.cpp
     JobParser/ParserTest.cpp)
+
+add_room_tests(PdfTests
+    pdf/ArrayTest.cpp
+    pdf/ByteStringTest.cpp
+    pdf/ChunkPdfDocumentInfoTest.cpp
+    pdf/ChunkPdfTest.cpp
+    pdf/ContainersTest.cpp
+    pdf/DictionaryTest.cpp
+    pdf/DocumentInfoTest.cpp
+    pdf/DocumentTest.cpp
+    pdf/EndOfStreamMatcherTest.cpp
+    pdf/FalseReferenceTest.cpp
+    pdf/HexStringTest.cpp
+    pdf/ISourceTest.cpp
+    pdf/JobFileSourceTest.cpp
+    pdf/LambdaSourceTest.cpp
+    pdf/LexerTest.cpp
+    pdf/NameTest.cpp
+    pdf/NumbersTest.cpp
+    pdf/ObjectSortingTest.cpp
+    pdf/ObjectStreamTest.cpp
+    pdf/ObjectTest.cpp
+    pdf/PageAttributesTest.cpp
+    pdf/PageTreeTest.cpp
+    pdf/ParserDocumentTest.cpp
+    pdf/ParserTest.cpp
+    pdf/PdfModeTest.cpp
+    pdf/PdfParserExceptionTest.cpp
+    pdf/ReferenceTest.cpp
+    pdf/RestrictedPdfNotAllowedExceptionTest.cpp
+    pdf/StreamDecompressionExceptionTest.cpp
+    pdf/StreamSourceTest.cpp
+    pdf/TrailerNotFoundExceptionTest.cpp
+    pdf/UnsupportedObjectStreamCompressionExceptionTest.cpp
+    pdf/ValueTapeTest.cpp
+    pdf/ValueTest.cpp
+    pdf/WriterTest.cpp)

@@ -4,6 +4,7 @@
 #include <array>
 #include <memory>
 #include <string_view>
+#include <variant>
 
 #include "JobParser/Job.h"
 #include "JobParser/JobFile.h"
@@ -11,6 +12,11 @@
 #include "JobParser/model/ChunkUel.h"
 #include "JobParser/xps/ChunkXps.h"
 #include "JobParser/xps/XpsParser.h"
+#include "pdf/ChunkPdfDocumentInfo.h"
+#include "pdf/DocumentInfo.h"
+#include "pdf/JobFileSource.h"
+#include "pdf/Parser.h"
+#include "pdf/RestrictedPdfNotAllowedException.h"
 
 #include "Torv/BytePairs.h"
 
@@ -46,6 +52,7 @@ constexpr std::array<Torv::BytePair, 2> rawStarts{{{0x1B, '%'}, {'!', 'R'}}};
 constexpr std::array<Torv::BytePair, 2> uelStarts{{{0x1B, '%'}, {0x1B, '%'}}};
 
 constexpr std::string_view pjlKeyword = "@PJL";
+constexpr std::string_view pdfHeader = "%PDF-";
 
 } // namespace
 
@@ -66,7 +73,7 @@ Pdl Parser::autoDetectPdl()
     return Pdl::Unknown;
 }
 
-void Parser::rawMode(bool)
+void Parser::rawMode(bool allowRestrictedPdf)
 {
     std::int64_t start = file.m_offset;
     while (!file.atEnd()) {
@@ -78,7 +85,7 @@ void Parser::rawMode(bool)
             flushRawData(start, end);
             job.appendChunk(std::make_shared<ChunkUel>());
             if (match(pjlKeyword, true, true))
-                parseBody(pjl.parse());
+                parseBody(pjl.parse(), allowRestrictedPdf);
         } else if (prescribe.guessPrescribe()) {
             flushRawData(start, end);
             prescribe.parse();
@@ -92,7 +99,7 @@ void Parser::rawMode(bool)
 }
 
 // The bodies of other languages are left to the raw loop.
-void Parser::parseBody(Pdl pdl)
+void Parser::parseBody(Pdl pdl, bool allowRestrictedPdf)
 {
     if (pdl == Pdl::Pcl5)
         pcl5.parse(pdlJobInfo);
@@ -102,6 +109,8 @@ void Parser::parseBody(Pdl pdl)
         prescribe.parse();
     else if (pdl == Pdl::PclXl)
         pcl6Mode();
+    else if (pdl == Pdl::Pdf)
+        pdfMode(allowRestrictedPdf);
 }
 
 void Parser::jpegMode(bool allowRestrictedPdf)
@@ -115,6 +124,23 @@ void Parser::xpsMode()
     const std::int64_t start = file.m_offset;
     pdlJobInfo = XpsParser(file).parse();
     job.appendChunk(std::make_shared<ChunkXps>(start, file.m_offset - start));
+}
+
+void Parser::pdfMode(bool allowRestrictedPdf)
+{
+    if (!match(pdfHeader, true, false))
+        return;
+    const std::int64_t start = file.m_offset;
+    Pdf::Parser::JobFileSource source(file);
+    const auto info = Pdf::Parser::Parser(source).parse(true);
+    const auto& trailer = std::get<Pdf::Dictionary>(info->trailer);
+    if (!allowRestrictedPdf && trailer.find("Encrypt") != nullptr)
+        throw Pdf::Parser::RestrictedPdfNotAllowedException();
+    // The byte that told where the PDF ends belongs to what follows.
+    if (!file.atEnd())
+        file.returnChar(1);
+    job.appendChunk(std::make_shared<ChunkRawData>(start, file.m_offset - start));
+    job.appendChunk(std::make_shared<ChunkPdfDocumentInfo>(info));
 }
 
 // Stops at the first byte from which on something may begin, which may be the last one of a view.

@@ -43,6 +43,14 @@ public:
     /// with; then nothing has changed.
     void xpsMode();
 
+    /// Takes a PDF out of the job, if one begins at the position: its bytes as raw data, and its summary.
+    /// Leaves the file behind it.
+    ///
+    /// Throws Pdf::Parser::PdfParserException for a PDF that is malformed and, unless `allowRestrictedPdf`,
+    /// for one that is encrypted; std::bad_variant_access for one with values of other kinds than they have
+    /// to be. No chunk was made then, and the file stands where reading stopped.
+    void pdfMode(bool allowRestrictedPdf);
+
     /// Classifies what stands at the position. A UEL is passed, and so is a byte that begins nothing; a
     /// PRESCRIBE block stays unread.
     Pjl::PjlToken getRawToken();
@@ -57,7 +65,7 @@ public:
 private:
     void skipRawBytes();
     void parsePclXl();
-    void parseBody(Pdl pdl);
+    void parseBody(Pdl pdl, bool allowRestrictedPdf);
     void flushRawData(std::int64_t start, std::int64_t end);
 };
 

@@ -41,6 +41,9 @@ TEST(Library, RegistersTheChunkClassesByTheTagsOfStoredFiles)
         {"PclXLWatermarkE", R"({"size":1,"chunks":[]})"},
         {"PclXLEmbeddedDataE", R"({"data":null})"},
         {"PclXLRawWithDataE", R"({"rawData":"00ff"})"},
+        {"PdfDocumentInfoE",
+         R"({"info":"1 0 obj\n<</Type/Catalog>>\nendobj\ntrailer<</Root 1 0 R>>startxref0\n"})"},
+        {"PdfE", R"({"pdf":"%PDF"})"},
     });
 
     Library::init({});

@@ -1,0 +1,104 @@
+#include "pdf/ObjectSorting.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <variant>
+
+#include "pdf/ValueTape.h"
+
+namespace Pdf::Parser
+{
+namespace
+{
+
+struct TypeRow {
+    std::string_view type;
+    Destination destination;
+};
+
+constexpr std::array<TypeRow, 4> types{{
+    {"Page", Destination::Pages},
+    {"Pages", Destination::PageNodes},
+    {"Catalog", Destination::Catalog},
+    {"XRef", Destination::Trailers},
+}};
+
+// One of these makes a dictionary without a type one of resources.
+constexpr std::array<std::string_view, 7> resourceKeys{"ProcSet",    "XObject", "Font",   "ExtGState",
+                                                       "ColorSpace", "Pattern", "Shading"};
+
+Destination destinationOfType(std::string_view type)
+{
+    const auto row = std::ranges::find(types, type, &TypeRow::type);
+    return row != types.end() ? row->destination : Destination::Dropped;
+}
+
+bool isResourceKey(std::string_view key)
+{
+    return std::ranges::find(resourceKeys, key) != resourceKeys.end();
+}
+
+bool isResource(const DictionaryEntry& entry)
+{
+    return isResourceKey(entry.key) && !std::holds_alternative<None>(entry.value);
+}
+
+bool isReference(const DictionaryEntry& entry)
+{
+    return std::holds_alternative<Reference>(entry.value);
+}
+
+// The first of equal keys counts. Whether a key stood before is only asked where it decides, and not forever.
+bool mayBeResources(const ValueTape& tape)
+{
+    constexpr int mostRepeatedKeys = 8;
+
+    bool allReferences = true;
+    int repeatedKeys = 0;
+    for (std::size_t index = 1; tape[index].kind == Token::Kind::Key; index = tape.behind(index + 1)) {
+        const std::string_view key = tape.text(tape[index]);
+        if (isResourceKey(key))
+            return true;
+        if (!allReferences || tape[index + 1].kind == Token::Kind::Reference)
+            continue;
+        if (tape.find(key) == &tape[index + 1])
+            allReferences = false;
+        else if (++repeatedKeys == mostRepeatedKeys)
+            return true;
+    }
+    return allReferences;
+}
+
+} // namespace
+
+Destination destinationOf(const Value& value)
+{
+    if (std::holds_alternative<Reference>(value) || std::holds_alternative<Array>(value))
+        return Destination::Embeddable;
+    const auto* dictionary = std::get_if<Dictionary>(&value);
+    if (dictionary == nullptr)
+        return Destination::Dropped;
+    const Name type(value["Type"]);
+    if (!type.text.empty())
+        return destinationOfType(type.text);
+    const auto entries = dictionary->entries();
+    // Of references alone, as a table of fonts is; an empty one may be such a table too.
+    const bool isKept = std::ranges::any_of(entries, isResource) || std::ranges::all_of(entries, isReference);
+    return isKept ? Destination::Embeddable : Destination::Dropped;
+}
+
+bool mayBeKept(const ValueTape& tape)
+{
+    const Token::Kind kind = tape[0].kind;
+    if (kind == Token::Kind::Reference || kind == Token::Kind::OpenArray)
+        return true;
+    if (kind != Token::Kind::OpenDictionary)
+        return false;
+    const Token* type = tape.find("Type");
+    if (type != nullptr && type->kind == Token::Kind::Name && type->size != 0)
+        return destinationOfType(tape.text(*type)) != Destination::Dropped;
+    return mayBeResources(tape);
+}
+
+} // namespace Pdf::Parser

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <span>
+#include <unordered_map>
+#include <vector>
+
+#include "pdf/Object.h"
+#include "pdf/Reference.h"
+#include "pdf/Value.h"
+
+namespace Pdf::Parser
+{
+
+/// Collects the pages that a tree reaches.
+class PageTree
+{
+public:
+    using Nodes = std::unordered_map<Reference, Value>;
+    using Pages = std::map<Reference, Object>;
+
+    /// Pages that are found are taken out of `pages`.
+    PageTree(const Nodes& nodes, Pages& pages) : m_nodes(nodes), m_pages(pages) {}
+
+    /// The pages below a node, which is one of the nodes. Throws PdfParserException for a loop and for a kid
+    /// that is nothing or was found before, std::bad_variant_access for kids that are no references.
+    Pages walkPageTree(const Reference& root);
+
+private:
+    /// What is known of a node: it is being walked, or it was and has pages below it or not.
+    enum class State { Entered, WithoutPages, WithPages };
+
+    struct Level {
+        Reference node;
+        std::span<const Value> kids;
+        std::size_t next;
+        bool hasPages;
+    };
+
+    void enter(const Reference& reference);
+    void leave();
+    void takeKid(const Reference& kid);
+    void takeNode(const Reference& reference);
+
+    const Nodes& m_nodes;
+    Pages& m_pages;
+    Pages m_reachable;
+    std::vector<Level> m_levels;
+    std::unordered_map<Reference, State> m_states;
+};
+
+} // namespace Pdf::Parser

@@ -1,0 +1,290 @@
+#include "pdf/Parser.h"
+
+#include <cmath>
+#include <type_traits>
+#include <utility>
+
+#include "pdf/DocumentInfo.h"
+#include "pdf/Lexer.h"
+#include "pdf/Numbers.h"
+#include "pdf/ObjectSorting.h"
+#include "pdf/ValueTape.h"
+
+#include "Torv/Ascii.h"
+
+namespace Pdf::Parser
+{
+namespace
+{
+
+// An entry that a stream lacks stands in its dictionary as None, by which that is no table of references.
+void addKey(Value& value, std::string_view key)
+{
+    if (std::holds_alternative<None>(value))
+        value = Dictionary();
+    auto& dictionary = std::get<Dictionary>(value);
+    if (dictionary.find(key) == nullptr)
+        dictionary.set(key, Value());
+}
+
+} // namespace
+
+Parser::Parser(ISource& theSource)
+    : source(theSource), m_lexer(std::make_unique<Lexer>(theSource)), m_tape(std::make_unique<ValueTape>())
+{
+}
+
+Parser::~Parser() = default;
+
+// Whoever calls from outside finds the source behind what was read, whatever comes of it.
+template <typename Work> auto Parser::synced(Work work)
+{
+    try {
+        if constexpr (std::is_void_v<decltype(work())>) {
+            work();
+            m_lexer->sync();
+        } else {
+            auto result = work();
+            m_lexer->sync();
+            return result;
+        }
+    } catch (...) {
+        m_lexer->sync();
+        throw;
+    }
+}
+
+std::uint8_t Parser::next()
+{
+    return synced([this] { return m_lexer->next(); });
+}
+
+void Parser::skip(unsigned long long count)
+{
+    synced([this, count] { m_lexer->skip(count); });
+}
+
+bool Parser::ws()
+{
+    return synced([this] { return m_lexer->ws(); });
+}
+
+bool Parser::isMatch(std::string_view bytes)
+{
+    return synced([this, bytes] { return m_lexer->isMatch(bytes); });
+}
+
+void Parser::match(std::string_view bytes)
+{
+    synced([this, bytes] { m_lexer->match(bytes); });
+}
+
+PdfParserException Parser::expected(std::string_view what) const
+{
+    return m_lexer->expected(what);
+}
+
+void Parser::_find_noBactraking(std::string_view bytes)
+{
+    synced([this, bytes] { m_lexer->findNoBacktracking(bytes); });
+}
+
+Value Parser::matchNumber(bool allowReference)
+{
+    return synced([this, allowReference] {
+        m_tape->clear();
+        m_tape->add(m_lexer->readNumber(allowReference));
+        return m_tape->build();
+    });
+}
+
+std::uint8_t Parser::current() const
+{
+    return m_lexer->current;
+}
+
+std::uint64_t Parser::position() const
+{
+    return m_lexer->position();
+}
+
+template <> void Parser::parseValue<void>()
+{
+    synced([this] { readFile(); });
+}
+
+template <> unsigned int Parser::parseValue<unsigned int>()
+{
+    return synced([this] { return m_lexer->readInteger(); });
+}
+
+template <> Name Parser::parseValue<Name>()
+{
+    return synced([this] {
+        std::string bytes;
+        m_lexer->readName(bytes);
+        return Name{bytes};
+    });
+}
+
+template <> Reference Parser::parseValue<Reference>()
+{
+    return synced([this] { return m_lexer->readReference(); });
+}
+
+template <> Value Parser::parseValue<Value>()
+{
+    return synced([this] { return readValue(); });
+}
+
+template <> Object Parser::parseValue<Object>()
+{
+    return synced([this] { return readObject(Purpose::Everything); });
+}
+
+void Parser::parseObjectStream(Object& object)
+{
+    synced([this, &object] { readObjectStream(object); });
+}
+
+Value Parser::readValue()
+{
+    m_tape->clear();
+    m_lexer->readValue(*m_tape);
+    return m_tape->build();
+}
+
+void Parser::readFile()
+{
+    std::int64_t sectionOffset = 0;
+    m_lexer->next();
+    for (;;) {
+        m_lexer->ws();
+        switch (m_lexer->current) {
+        case 's':
+            if (!readStartxref())
+                return;
+            break;
+        case 't': readTrailer(std::exchange(sectionOffset, 0)); break;
+        case 'x':
+            sectionOffset = static_cast<std::int64_t>(m_lexer->position());
+            stepOverCrossReferences();
+            break;
+        default: {
+            // Behind the end of a PDF whatever is no object belongs to somebody else.
+            if (!Torv::Ascii::isDigit(m_lexer->current) && startxref != 0)
+                return;
+            const auto offset = static_cast<std::int64_t>(m_lexer->position());
+            keep(offset, readObject(Purpose::Summary));
+            break;
+        }
+        }
+    }
+}
+
+bool Parser::readStartxref()
+{
+    m_lexer->match("startxref");
+    m_lexer->ws();
+    startxref = m_lexer->readInteger();
+    return m_lexer->ws();
+}
+
+void Parser::readTrailer(std::int64_t offset)
+{
+    m_lexer->match("trailer");
+    m_lexer->ws();
+    trailers[offset] = readValue();
+}
+
+// An entry has 20 bytes; with the count of those in a subsection, its last one is read again as white space.
+void Parser::stepOverCrossReferences()
+{
+    constexpr std::uint64_t entrySize = 20;
+
+    m_lexer->match("xref");
+    for (;;) {
+        m_lexer->ws();
+        if (!Torv::Ascii::isDigit(m_lexer->current))
+            return;
+        m_lexer->readInteger();
+        m_lexer->ws();
+        const std::uint64_t count = m_lexer->readInteger();
+        if (count == 0)
+            continue;
+        m_lexer->pass(count * entrySize - 1);
+        m_lexer->next();
+    }
+}
+
+Object Parser::readObject(Purpose purpose)
+{
+    Object object;
+    object.reference = m_lexer->readReference();
+    m_lexer->ws();
+    m_lexer->match("obj");
+    m_lexer->ws();
+    m_tape->clear();
+    m_lexer->readValue(*m_tape);
+    m_lexer->ws();
+    const bool isStream = m_lexer->current == 's';
+    const bool isWanted = purpose == Purpose::Everything || mayBeKept(*m_tape);
+    if (isWanted)
+        object.value = m_tape->build();
+    if (isStream)
+        readStream(object, isWanted);
+    m_lexer->ws();
+    m_lexer->match("endobj");
+    return object;
+}
+
+void Parser::readStream(Object& object, bool isWanted)
+{
+    m_lexer->match("stream");
+    skipLineEnd();
+    const Token::Kind kind = (*m_tape)[0].kind;
+    if (kind != Token::Kind::OpenDictionary && kind != Token::Kind::None)
+        throw std::bad_variant_access();
+    const bool isDictionary = kind == Token::Kind::OpenDictionary;
+    const Token* const type = isDictionary ? m_tape->find("Type") : nullptr;
+    if (type != nullptr && type->kind == Token::Kind::Name && m_tape->text(*type) == "ObjStm") {
+        object.value = m_tape->build();
+        readObjectStream(object);
+        m_lexer->ws();
+        m_lexer->match("endstream");
+        return;
+    }
+    const Token* const length = isDictionary ? m_tape->find("Length") : nullptr;
+    if (length == nullptr || length->kind != Token::Kind::Number || !passStreamByLength(length->real))
+        m_lexer->findEndOfStream();
+    if (isWanted) {
+        addKey(object.value, "Type");
+        addKey(object.value, "Length");
+    }
+}
+
+// Whether the stream ends where its length says. If not, what the length covers went by all the same.
+bool Parser::passStreamByLength(double length)
+{
+    if (!std::isfinite(length) || length < 0)
+        return false;
+    m_lexer->skip(toUnsigned32(length));
+    m_lexer->ws();
+    if (m_lexer->current != 'e')
+        return false;
+    m_lexer->match("endstream");
+    return true;
+}
+
+// Data that follow at once are no failure.
+void Parser::skipLineEnd()
+{
+    if (m_lexer->current == '\r')
+        m_lexer->next();
+    else if (m_lexer->current != '\n')
+        return;
+    if (m_lexer->current == '\n')
+        m_lexer->next();
+}
+
+} // namespace Pdf::Parser

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "pdf/Value.h"
+
+namespace Pdf
+{
+
+struct Object;
+
+/// Appends PDF text to a string. Serves any number of values; nesting costs memory, not call stack.
+class Writer
+{
+public:
+    explicit Writer(std::string& text) : m_text(text) {}
+
+    /// Throws as Value::serialize and leaves the string with a part of the value.
+    void write(const Value& value);
+    /// Throws as Object::serialize.
+    void write(const Object& object);
+
+    void writeName(std::string_view name);
+    void writeReference(const Reference& reference);
+
+private:
+    /// A container that is being written, and what of it comes next.
+    struct Frame {
+        const Value* container;
+        std::size_t next;
+    };
+
+    void writeNumber(double number);
+    void writeInteger(std::uint32_t number);
+    void writeScalar(const Value& value);
+    void begin(const Value& value);
+    const Value* nextOf(Frame& frame);
+    void end(const Value& container);
+
+    std::string& m_text;
+    std::vector<Frame> m_frames;
+};
+
+} // namespace Pdf
