@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <sys/mman.h>
 #include <unistd.h>
+#include <variant>
 
 #include "JobParser/Library.h"
 
@@ -66,6 +67,8 @@ bool survives(const std::function<void()>& code)
         return false;
     } catch (const std::out_of_range& error) {
         requireOfNumber(error);
+        return false;
+    } catch (const std::bad_variant_access&) {
         return false;
     } catch (const std::exception& error) {
         fail("an exception that no host expects: ", error.what());

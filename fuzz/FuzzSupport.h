@@ -21,8 +21,9 @@ void setUp();
 void require(bool condition, const char* message);
 
 /// Runs code that hostile input may make fail. True if it came to its end, false if it threw what a host has
-/// to expect: an exception of the tree of Torv::GenericException, or one of the two standard ones of a number
-/// that is none. Any other exception ends the process.
+/// to expect: an exception of the tree of Torv::GenericException, one of the two standard ones of a number
+/// that is none, or that of a PDF with a value of another kind than it has to be. Any other exception ends
+/// the process.
 bool survives(const std::function<void()>& code);
 
 /// The bytes as text.

@@ -7,6 +7,7 @@ Files that stand in the folders besides, such as inputs that a fuzzer found, sta
 import io
 import pathlib
 import zipfile
+import zlib
 
 UEL = b"\x1b%-12345X"
 HERE = pathlib.Path(__file__).resolve().parent
@@ -116,6 +117,8 @@ METADATA = {
         chunk("FirstPageStartE", 6), chunk("RawDataE", 7, '{"offset":0,"size":9}'),
         chunk("TextE", 8, '{"text":"ab"}'), chunk("PrescribeE", 9, '{"ofs":0,"size":4}'),
         chunk("PsCommentE", 11, '{"comment":"%%EOF\\n"}'),
+        chunk("PdfDocumentInfoE", 11, '{"info":"1 0 obj\\n<</Type/Catalog>>\\nendobj\\ntrailer<<>>startxref0\\n"}'),
+        chunk("PdfE", 12, '{"pdf":"%PDF-"}'),
         chunk("PclEscE", 10, '{"opGroupParam":2518081,"binOffset":0,"binSize":0,"value":"26"}')),
     "comment_with_zero_byte": metadata(chunk("PsCommentE", 2, '{"comment":"%%a\\u0000b"}')),
     "payload_behind_two_bytes": metadata(
@@ -360,6 +363,50 @@ PCLXL_METADATA = {
 }
 
 
+def deflated(entries, data):
+    packed = zlib.compress(data, 9)
+    return b"<<" + entries + b"/Filter/FlateDecode/Length %d>>stream\n" % len(packed) + packed + b"\nendstream"
+
+
+def pdf(*objects, trailer=b"<</Root 1 0 R/Size 9>>"):
+    """Objects with their numbers, and a trailer behind them."""
+    body = b"%PDF-1.7\n" + b"".join(b"%d 0 obj " % number + value + b" endobj\n" for number, value in objects)
+    return body + b"xref\n0 0\ntrailer" + trailer + b"\nstartxref\n%d\n%%%%EOF\n" % len(body)
+
+
+CATALOG = (1, b"<</Type/Catalog/Pages 2 0 R>>")
+NODE = (2, b"<</Type/Pages/Kids[3 0 R]/MediaBox[0 0 595 842]/Resources 5 0 R>>")
+PAGE = (3, b"<</Type/Page/Parent 2 0 R/Contents 4 0 R>>")
+
+PDF = {
+    "empty": b"",
+    "one_page": pdf(CATALOG, NODE, PAGE, (5, b"<</Font<</F 9 0 R>>/XObject 6 0 R>>"), (4, b"[7 0 R 8 0 R]")),
+    "direct_length": pdf(CATALOG, NODE, PAGE, (7, b"<</Length 3>>stream\nabc\nendstream")),
+    "indirect_length": pdf(CATALOG, NODE, PAGE, (7, b"<</Length 8 0 R>>stream\nendstrendstream\nendstream")),
+    "wrong_length": pdf(CATALOG, NODE, PAGE, (7, b"<</Length 2>>stream\nabcd\nendstream")),
+    "object_stream": pdf((7, deflated(b"/Type/ObjStm/N 3/First 14",
+                                      b"1 0 2 29 3 57 <</Type/Catalog/Pages 2 0 R>><</Type/Pages/Kids[3 0 R]>> "
+                                      b"<</Type/Page>>"))),
+    "object_stream_without_length": pdf(CATALOG, NODE, PAGE, (7, deflated(b"/Length 8 0 R/Type/ObjStm/N 1/First 4",
+                                                                          b"8 0 [1] "))),
+    "object_stream_of_nothing": pdf(CATALOG, NODE, PAGE, (7, deflated(b"/Type/ObjStm/N 0/First 0", b""))),
+    "object_stream_not_compressed": pdf((7, b"<</Type/ObjStm/Length 3>>stream\nabc\nendstream")),
+    "cross_reference_stream": b"%PDF-1.7\n" + b"9 0 obj<</Type/XRef/Root 1 0 R/Size 9/W[1 2 1]/Length 1>>stream\nx\n"
+                              b"endstream endobj 1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n"
+                              b"2 0 obj<</Type/Pages/Kids[]>>endobj startxref 9\n",
+    "two_revisions": pdf(CATALOG, NODE, PAGE) + pdf(PAGE)[9:],
+    "encrypted": pdf(CATALOG, NODE, PAGE, trailer=b"<</Root 1 0 R/Size 9/Encrypt<<>>/ID[<00><01>]>>"),
+    "values": pdf(CATALOG, NODE, (3, b"<</Type/Page/A[1 2 3 R 1.5 -.5 +5 true false null(a\\)(b))<00>/N#41]/B 1 2 /A 3>>")),
+    "nesting": pdf((3, b"[" * 500 + b"<</A" * 100 + b" 1" + b">>" * 100 + b"]" * 500)),
+    "parents_loop": pdf(CATALOG, (2, b"<</Type/Pages/Kids[3 0 R]/Parent 2 0 R>>"), PAGE),
+    "tree_loops": pdf(CATALOG, (2, b"<</Type/Pages/Kids[2 0 R]>>")),
+    "references_loop": pdf(CATALOG, NODE, PAGE, (5, b"6 0 R"), (6, b"5 0 R")),
+    "generation": pdf(CATALOG, NODE, PAGE) + b"5 1 obj[]endobj startxref 5\n",
+    "summary": b"1 0 obj\n<</Pages 2 0 R/Type/Catalog>>\nendobj\n3 0 obj\n<</MediaBox[ 0 0 1 2.5]/Type/Page>>\nendobj\n"
+               b"trailer<</Prev 9/Root 1 0 R/Size 4>>startxref0\n",
+}
+
+
 def main():
     for target, seeds in {
         "JobFuzz": JOBS,
@@ -368,6 +415,7 @@ def main():
         "Pcl5Fuzz": PCL5,
         "PclXlFuzz": PCLXL,
         "PclXlMetadataFuzz": PCLXL_METADATA,
+        "PdfFuzz": PDF,
         "PostScriptFuzz": POSTSCRIPT,
         "PrescribeFuzz": PRESCRIBE,
         "RewritingFuzz": REWRITING,

@@ -12,7 +12,11 @@
 #include "JobParser/JobFile.h"
 #include "JobParser/Library.h"
 #include "JobParser/Parser.h"
+#include "JobParser/model/SerializationContext.h"
+#include "JobParser/model/UnserializationContext.h"
 #include "JobParser/pclxl/JobChunkPclXLOperator.h"
+#include "pdf/ChunkPdfDocumentInfo.h"
+#include "pdf/DocumentInfo.h"
 #include "tests/corpus/PjlRewriting.h"
 #include "tests/corpus/RealJobs.h"
 #include "tests/corpus/RecordFacts.h"
@@ -72,8 +76,11 @@ constexpr std::array<ChangedJob, 32> changedJobs{{
     {"splix-samsung-clp300-qpdl.prn", 13, "13 lines gain a CR"},
 }};
 
-// Jobs with payloads behind lower-case letters, which nothing tells from text: they count as malformed.
-constexpr std::array<std::string_view, 2> malformedJobs{"brlaser-hl2270-econo-copies2.prn", "gs-pcl3.pcl"};
+// Jobs that count as malformed: PCL with payloads behind lower-case letters, which nothing tells from text,
+// and PDFs with object streams that are encrypted or not compressed.
+constexpr std::array<std::string_view, 4> malformedJobs{"brlaser-hl2270-econo-copies2.prn", "gs-pcl3.pcl",
+                                                        "pdf-qpdf-enc256-objstm.pdf",
+                                                        "public-qpdf-hybrid-xref.pdf"};
 
 bool isMalformed(const std::string& file)
 {
@@ -370,6 +377,62 @@ TEST_F(RealJobs, ComeBackFromTheirMetadata)
 
         EXPECT_EQ(again.toJson(), metadata);
         EXPECT_TRUE(saved(again, job.file) == saved(*job.result.job, job.file));
+    });
+}
+
+// PDFs without a summary: malformed ones, and one whose signature does not stand at its start.
+constexpr std::array<std::string_view, 3> pdfsWithoutSummary{
+    "pdf-qpdf-enc256-objstm.pdf", "public-qpdf-hybrid-xref.pdf", "public-qpdf-leading-junk.pdf"};
+
+const JobParser::ChunkPdfDocumentInfo* summaryOf(const JobParser::Job& job)
+{
+    for (const auto& chunk : job.chunks) {
+        if (const auto* summary = dynamic_cast<const JobParser::ChunkPdfDocumentInfo*>(chunk.get()))
+            return summary;
+    }
+    return nullptr;
+}
+
+TEST_F(RealJobs, HaveAsManyPagesInTheirPdfAsItSays)
+{
+    std::size_t count = 0;
+
+    forEach([&](const ParsedJob& job) {
+        if (job.real.expect["pdl"].toString() != "PDF")
+            return;
+        const auto* summary = summaryOf(*job.result.job);
+        if (std::ranges::find(pdfsWithoutSummary, job.real.name) != pdfsWithoutSummary.end()) {
+            EXPECT_EQ(summary, nullptr);
+            EXPECT_EQ(job.result.job->chunks.size(), 1U);
+            return;
+        }
+        ASSERT_NE(summary, nullptr);
+        const char* const key = job.real.expect.contains("pages") ? "pages" : "pagesByQpdf";
+        // Of one job nobody knows the pages.
+        if (job.real.expect.contains(key)) {
+            const auto pages = static_cast<std::int64_t>(summary->documentInfo->pages.size());
+            EXPECT_EQ(pages, job.real.expect[key].toInt64());
+        }
+        ++count;
+    });
+
+    EXPECT_EQ(count, 16U);
+}
+
+TEST_F(RealJobs, HaveSummariesOfPdfsThatReloadToTheSameText)
+{
+    forEach([](const ParsedJob& job) {
+        const auto* summary = summaryOf(*job.result.job);
+        if (summary == nullptr)
+            return;
+        JobParser::SerializationContext context;
+        JobParser::UnserializationContext reading;
+        const std::string dto = summary->toJson(context);
+
+        const JobParser::ChunkPdfDocumentInfo again(reading, Torv::Json::parse(dto));
+
+        EXPECT_EQ(again.toJson(context), dto);
+        EXPECT_EQ(again.documentInfo->pages.size(), summary->documentInfo->pages.size());
     });
 }
 
