@@ -64,7 +64,9 @@ int PrescribeCmd::getParamInt(int idx) const
 
 const char* PrescribeCmd::getParamString(int idx) const
 {
-    TORV_ASSERT(idx >= 0 && idx < static_cast<int>(m_paramCount), "Parser");
+    // Hosts that handle assertions know this one by its text, in which nothing is converted.
+    if (idx < 0 || static_cast<std::uint32_t>(idx) >= m_paramCount) [[unlikely]]
+        Torv::assertFailed("idx >= 0 && idx < m_paramCount", "Parser", __func__);
     return params[static_cast<std::size_t>(idx)];
 }
 

@@ -473,11 +473,21 @@ TEST(Pcl5Parser, LeavesOtherSequencesInTheRawData)
           "9"sv,
           "\x1B%0B"sv, "\x1B%1A"sv, "\x1B&l1`"sv}) {
         const bool isCombined = bytes.ends_with("`");
-        if (isCombined)
+        if (isCombined) {
             EXPECT_EQ(failure(bytes), "5 GetPclToken(): Unexpected EOF");
-        else
+        } else {
             EXPECT_EQ(parsed(bytes), "Raw 0+" + std::to_string(bytes.size()) + " | 0");
+            EXPECT_EQ(facts(bytes).m_flags, 0U) << bytes;
+        }
     }
+}
+
+TEST(Pcl5Parser, LearnsNothingFromAReset)
+{
+    EXPECT_EQ(facts("\x1B"
+                    "E")
+                  .m_flags,
+              0U);
 }
 
 TEST(Pcl5Parser, KeepsAParameterByteThatIsNoLetter)

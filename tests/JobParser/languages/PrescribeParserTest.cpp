@@ -462,6 +462,8 @@ TEST(PrescribeParser, CountsThePagesOfTheDriverUntilItSumsThemUp)
 {
     EXPECT_EQ(counts(read("CMNT Page=0;")), "1/0/0");
     EXPECT_EQ(counts(read("CMNT \"Page=1\";CMNT 'Page=1';CMNT Page=;CMNT Page=01;CMNT Page=2;")), "3/0/2");
+    EXPECT_EQ(counts(read("CMNT Page=12;CMNT Page=1x;CMNT \"Page= 1\";")), "1/0/2")
+        << "its first byte decides";
     EXPECT_EQ(counts(read("CMNT page=1;")), "unknown");
     EXPECT_EQ(counts(read("CMNT \"Page=1\";CMNT Color=6,Mono=4;CMNT \"Page=1\";CMNT Page=0;")), "4/0/6");
     EXPECT_EQ(counts(read("CMNT Color=6,Mono=4;CMNT Color=1,Mono=1;")), "1/0/1");
