@@ -29,8 +29,11 @@ constexpr std::size_t extraLengthPlace = 30;
 
 constexpr std::size_t blockSize = 1024;
 constexpr std::int64_t maxTicketSize = 0x100000;
-// Entries may share their data, so that a package of 1 MiB could name thousands of tickets of 1 MiB.
+// Of all tickets together. Entries may share their data, so that a package of 1 MiB could name thousands of
+// tickets of 1 MiB, or thousands of times 1 MiB that inflates to nothing.
 constexpr std::int64_t maxTicketsSize = 256 * maxTicketSize;
+
+constexpr const char* tooLarge = "Print ticket data are too large.";
 
 // How far before the end of a package its directory may be looked for.
 constexpr std::int64_t directorySearch = 0x10000;
@@ -109,6 +112,7 @@ JobInfo XpsParser::parse()
     jobInfo = JobInfo();
     m_failure = nullptr;
     m_ticketBytes = 0;
+    m_packedBytes = 0;
     m_record = 0;
     {
         zlib_filefunc64_def callbacks = setupFileCallbacks();
@@ -202,7 +206,7 @@ bool XpsParser::readPart(void* package)
         return false;
     // A name that fills its room has no terminator.
     if (isTicket({name.data(), std::min<std::size_t>(info.size_filename, name.size())}))
-        jobInfo.combineWith(parseProperties(readTicket(package)), JobInfo::AllFlags);
+        jobInfo.combineWith(parseProperties(readTicket(package, info.compressed_size)), JobInfo::AllFlags);
     return true;
 }
 
@@ -222,11 +226,12 @@ bool XpsParser::passOtherPart()
 }
 
 // The entry stays open until the next one or the package's end: its checksum is nobody's business.
-std::string XpsParser::readTicket(void* package)
+std::string XpsParser::readTicket(void* package, std::uint64_t packedSize)
 {
     std::string ticket;
     if (unzOpenCurrentFile(package) != UNZ_OK)
         fail("Unable to select file");
+    countPackedBytes(packedSize);
     std::array<char, blockSize> block;
     for (;;) {
         const int count = unzReadCurrentFile(package, block.data(), block.size());
@@ -237,8 +242,17 @@ std::string XpsParser::readTicket(void* package)
         ticket.append(block.data(), static_cast<std::size_t>(count));
         m_ticketBytes += count;
         if (static_cast<std::int64_t>(ticket.size()) > maxTicketSize || m_ticketBytes > maxTicketsSize)
-            fail("Print ticket data are too large.");
+            fail(tooLarge);
     }
+}
+
+// No package whose tickets have data of their own has more of it than its size.
+void XpsParser::countPackedBytes(std::uint64_t count)
+{
+    const auto packageSize = static_cast<std::uint64_t>(file.m_realDataSize);
+    m_packedBytes += std::min(count, packageSize);
+    if (m_packedBytes > std::max(packageSize, static_cast<std::uint64_t>(maxTicketsSize)))
+        fail(tooLarge);
 }
 
 // What the file threw is the cause of what minizip complains of.

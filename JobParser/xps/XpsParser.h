@@ -43,7 +43,8 @@ public:
     /// the file is no package or holds no ticket. Leaves the file where the last read of minizip ended.
     ///
     /// Throws JobParserException for a ticket that cannot be opened, that cannot be inflated or that is
-    /// larger than 1 MiB, and what the file throws. The package is closed then, too.
+    /// larger than 1 MiB, for tickets larger than 256 MiB together, and what the file throws. The package is
+    /// closed then, too.
     JobInfo parse();
 
     /// The callbacks by which minizip reads the file, with this object as their opaque value. They throw
@@ -73,13 +74,15 @@ private:
     void readTickets(void* package);
     bool readPart(void* package);
     bool passOtherPart();
-    std::string readTicket(void* package);
+    std::string readTicket(void* package, std::uint64_t packedSize);
+    void countPackedBytes(std::uint64_t count);
     [[noreturn]] void fail(const char* message) const;
     void rethrowFailure() const;
 
-    std::int64_t m_record = 0;      // Where minizip went last, counted from the start.
-    std::exception_ptr m_failure;   // The first exception of a callback.
-    std::int64_t m_ticketBytes = 0; // Inflated so far, of all tickets.
+    std::int64_t m_record = 0;       // Where minizip went last, counted from the start.
+    std::exception_ptr m_failure;    // The first exception of a callback.
+    std::int64_t m_ticketBytes = 0;  // Inflated so far, of all tickets.
+    std::uint64_t m_packedBytes = 0; // What these take in the file.
 };
 
 } // namespace JobParser

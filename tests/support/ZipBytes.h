@@ -8,11 +8,12 @@
 /// A part of a package, with all that may be odd about it.
 struct ZipPart {
     std::string name;
-    std::string content;              ///< As it stands in the file.
-    std::uint16_t method = 0;         ///< Stored. 8 is deflated.
-    std::uint16_t flags = 0;          ///< 1 is encrypted.
-    std::optional<std::size_t> size;  ///< Inflated, where that differs from the content's.
-    std::optional<std::uint32_t> crc; ///< Instead of the right one.
+    std::string content;                   ///< As it stands in the file.
+    std::uint16_t method = 0;              ///< Stored. 8 is deflated.
+    std::uint16_t flags = 0;               ///< 1 is encrypted.
+    std::optional<std::size_t> size;       ///< Inflated, where that differs from the content's.
+    std::optional<std::size_t> packedSize; ///< As it is claimed, where that differs from the content's.
+    std::optional<std::uint32_t> crc;      ///< Instead of the right one.
     std::optional<std::uint32_t>
         localOffset;     ///< Instead of the right one; then the part has no data of its own.
     std::string extra;   ///< In the directory.
@@ -28,8 +29,8 @@ public:
         const std::size_t offset = part.localOffset.value_or(static_cast<std::uint32_t>(m_data.size()));
         const std::string facts =
             number(part.method, 2) + number(0, 4) + number(part.crc ? *part.crc : crc(part.content), 4) +
-            number(part.content.size(), 4) + number(part.size.value_or(part.content.size()), 4) +
-            number(part.name.size(), 2);
+            number(part.packedSize.value_or(part.content.size()), 4) +
+            number(part.size.value_or(part.content.size()), 4) + number(part.name.size(), 2);
         if (!part.localOffset)
             m_data += "PK\x03\x04" + number(20, 2) + number(part.flags, 2) + facts + number(0, 2) +
                       part.name + part.content;

@@ -251,6 +251,53 @@ TEST(XpsParser, RefusesAPackageThatNamesTheSameTicketWithoutEnd)
     EXPECT_EQ(failure(ticketsOfTheSameMebibyte(257)), "Print ticket data are too large.");
 }
 
+/// A package of `count` tickets with the same data, which inflate to nothing.
+ZipBytes idleTickets(const std::string& data, std::size_t packedSize, int count)
+{
+    ZipPart part = ticketPart(data);
+    part.method = 8;
+    part.size = 1000;
+    part.packedSize = packedSize;
+    part.crc = 0;
+    ZipBytes zip;
+    zip.part(part);
+    part.localOffset = 0;
+    for (int number = 1; number < count; ++number)
+        zip.part(part);
+    return zip;
+}
+
+TEST(XpsParser, RefusesAPackageThatNamesDataWithoutEndThatInflateToNothing)
+{
+    std::string data;
+    while (data.size() < mebibyte - 5)
+        data += "\x00\x00\x00\xFF\xFF"s;
+    data.replace(data.size() - 5, 1, "\x01");
+
+    EXPECT_EQ(read(idleTickets(data, data.size(), 256).str()).flags(JobInfo::AllFlags), JobInfo::FlagPdl);
+    EXPECT_EQ(failure(idleTickets(data, data.size(), 257).str()), "Print ticket data are too large.");
+}
+
+TEST(XpsParser, TakesTicketsThatFitIntoThePackage)
+{
+    constexpr std::int64_t packageSize = 400 * static_cast<std::int64_t>(mebibyte);
+    // minizip reads ahead.
+    const std::string nothing = "\x03"s + std::string(70000, '\0');
+    SparseFile sparse;
+    for (const int count : {2, 3}) {
+        sparse.resize(packageSize);
+        sparse.writeAt(packageSize, idleTickets(nothing, 190 * mebibyte, count).str());
+        JobFile file;
+        file.open(sparse.path());
+        XpsParser parser(file);
+
+        if (count == 2)
+            EXPECT_EQ(parser.parse().flags(JobInfo::AllFlags), JobInfo::FlagPdl);
+        else
+            EXPECT_THROW(parser.parse(), JobParserException);
+    }
+}
+
 TEST(XpsParser, MindsNoWrongChecksum)
 {
     ZipPart part = ticketPart(copies("2"));
@@ -320,6 +367,29 @@ TEST(XpsParser, LearnsNothingFromAnEncryptedTicket)
     const JobInfo info = read(ZipBytes().part(part).str());
 
     EXPECT_EQ(info.flags(JobInfo::AllFlags), JobInfo::FlagPdl);
+}
+
+TEST(XpsParser, RefusesAnEncryptedTicketThatNoLongerInflates)
+{
+    ZipPart part = ticketPart("\x91\x12\xFE\x01\x7F\x33\x04\x85\x66\x07\x18 encrypted");
+    part.flags = 1;
+    part.method = 8;
+    part.size = 1000;
+
+    EXPECT_EQ(failure(ZipBytes().part(part).str()), "Unable to decompress part of the XPS file");
+}
+
+// minizip gives its bytes as they stand.
+TEST(XpsParser, LearnsNothingFromATicketInBzip2)
+{
+    ZipPart part = ticketPart("BZh91AY&SY\x1A\x2B\x3C\x4D and so on");
+    part.method = 12;
+    part.size = 1000;
+
+    const JobInfo info =
+        read(ZipBytes().part(part).part(ticketName, TicketText().mediaSize("psk:ISOA4").str()).str());
+
+    EXPECT_EQ(info.flags(JobInfo::AllFlags), JobInfo::FlagPdl | JobInfo::FlagPaper);
 }
 
 TEST(XpsParser, KnowsNothingIfTheDirectoryIsOutside)
