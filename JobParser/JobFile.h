@@ -16,6 +16,11 @@ class MemoryMappedFile;
 struct MappedView;
 } // namespace Torv::IO
 
+namespace Torv::Security::Endecryptor
+{
+class Decryptor;
+}
+
 namespace JobParser
 {
 
@@ -38,6 +43,12 @@ public:
     /// Torv::GenericException, with the path and the system's reason, if the file cannot be opened or is no
     /// regular file.
     void open(const std::string& path);
+
+    /// Opens an encrypted file; all that is read is decrypted. m_realDataSize then is the number of decrypted
+    /// bytes, less than fileSize where the cipher pads. Throws Torv::GenericException, as open does, and if
+    /// the file is not of this cipher or the key is wrong, as far as that shows.
+    void openEncrypted(const std::string& path,
+                       std::unique_ptr<Torv::Security::Endecryptor::Decryptor> decryptor);
 
     /// Unmaps the file. The path stays known.
     void close();
@@ -84,7 +95,7 @@ public:
     std::int64_t m_offset = 0;       ///< The position.
 
 private:
-    void openWith(std::unique_ptr<Torv::IO::MemoryMappedFile> newMapper, const std::string& newPath);
+    void takeMapper(std::unique_ptr<Torv::IO::MemoryMappedFile> newMapper, const std::string& newPath);
     void mapView();
     [[noreturn]] static void throwEndOfFile();
 

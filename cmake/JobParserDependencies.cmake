@@ -14,6 +14,11 @@ set_target_properties(minizip::minizip PROPERTIES
     IMPORTED_LOCATION ${MINIZIP_LIBRARY}
     INTERFACE_INCLUDE_DIRECTORIES ${MINIZIP_INCLUDE_DIR})
 
+# Only the headers are used: the library is loaded when the first file is decrypted.
+find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)
+add_library(OpenSslHeaders INTERFACE IMPORTED)
+target_include_directories(OpenSslHeaders INTERFACE ${OPENSSL_INCLUDE_DIR})
+
 # Only the header is used: the library beside it is for wide characters and brings ICU along.
 find_path(SIMPLEINI_INCLUDE_DIR SimpleIni.h REQUIRED)
 mark_as_advanced(SIMPLEINI_INCLUDE_DIR)

@@ -33,6 +33,8 @@ add_room_tests(TorvTests
     Torv/Log/LogNullTest.cpp
     Torv/Log/LogStringTest.cpp
     Torv/Log/LoggingRootDirectoryTest.cpp
+    Torv/Security/Endecryptor/DecryptorTest.cpp
+    Torv/Security/Endecryptor/EncryptedMemoryMappedFileTest.cpp
     Torv/Security/Endecryptor/OptionsTest.cpp)
 
 add_room_tests(PaperTests

@@ -8,6 +8,7 @@
 #include "Torv/IO/IStream.h"
 #include "Torv/IO/MemoryMappedFile.h"
 #include "Torv/ScopeGuard.h"
+#include "Torv/Security/Endecryptor/EncryptedMemoryMappedFile.h"
 
 namespace JobParser
 {
@@ -31,10 +32,22 @@ JobFile::~JobFile() = default;
 
 void JobFile::open(const std::string& newPath)
 {
-    openWith(std::make_unique<Torv::IO::MemoryMappedFile>(newPath), newPath);
+    takeMapper(std::make_unique<Torv::IO::MemoryMappedFile>(newPath), newPath);
+    mapView();
 }
 
-void JobFile::openWith(std::unique_ptr<Torv::IO::MemoryMappedFile> newMapper, const std::string& newPath)
+void JobFile::openEncrypted(const std::string& newPath,
+                            std::unique_ptr<Torv::Security::Endecryptor::Decryptor> decryptor)
+{
+    using Torv::Security::Endecryptor::EncryptedMemoryMappedFile;
+    takeMapper(std::make_unique<EncryptedMemoryMappedFile>(newPath, std::move(decryptor)), newPath);
+    // How long the data is shows at its end alone, and parsers ask before they get there.
+    m_offset = fileSize;
+    mapView();
+    setPos(0);
+}
+
+void JobFile::takeMapper(std::unique_ptr<Torv::IO::MemoryMappedFile> newMapper, const std::string& newPath)
 {
     close();
     view.reset();
@@ -43,7 +56,6 @@ void JobFile::openWith(std::unique_ptr<Torv::IO::MemoryMappedFile> newMapper, co
     fileSize = Torv::FileSystem::File::fileSize(path);
     m_realDataSize = fileSize;
     m_offset = 0;
-    mapView();
 }
 
 void JobFile::close()
