@@ -17,6 +17,12 @@ add_room_tests(TorvTests
     Torv/VariantInvalidOperationExceptionTest.cpp
     Torv/VariantIteratorTest.cpp
     Torv/VariantTest.cpp
+    Torv/Async/ProcessPool/ArgumentsTest.cpp
+    Torv/Async/ProcessPool/DescriptorTest.cpp
+    Torv/Async/ProcessPool/PipeSignalTest.cpp
+    Torv/Async/ProcessPool/ProcessPoolTest.cpp
+    Torv/Async/ProcessPool/ProcessTest.cpp
+    Torv/Async/ProcessPool/WorkerTest.cpp
     Torv/Data/FileReaderTest.cpp
     Torv/Data/IniFileTest.cpp
     Torv/FileSystem/FileTest.cpp
