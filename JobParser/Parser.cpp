@@ -1,9 +1,14 @@
 #include "JobParser/Parser.h"
 
 #include <algorithm>
+#include <array>
+#include <exception>
+#include <optional>
 
+#include "JobParser/ExtJobProcessor.h"
 #include "JobParser/JobFile.h"
 #include "JobParser/JobParserException.h"
+#include "JobParser/Library.h"
 #include "JobParser/model/ChunkFirstPageStart.h"
 #include "JobParser/model/ChunkRawData.h"
 #include "JobParser/model/GlobalParser.h"
@@ -13,6 +18,8 @@
 #include "Torv/Log/ILog.h"
 #include "Torv/Log/LogString.h"
 #include "Torv/Log/LoggingRootDirectory.h"
+#include "Torv/Variant.h"
+#include "Torv/VariantInvalidOperationException.h"
 
 namespace JobParser
 {
@@ -23,6 +30,62 @@ namespace
 // given.
 constexpr int collectedGroups = JobInfo::FlagPageCount | JobInfo::FlagPaper | JobInfo::FlagDuplex |
                                 JobInfo::FlagStapling | JobInfo::FlagPunching | JobInfo::FlagEcoMode;
+
+// A record without one of these is put to a worker process.
+constexpr int wantedGroups = JobInfo::FlagPageCount | JobInfo::FlagPaper | JobInfo::FlagOrientation;
+
+// What the job itself says of these is better than what a worker finds in its pages.
+constexpr int keptGroups = JobInfo::FlagPaper | JobInfo::FlagOrientation;
+
+struct AskedLanguage {
+    Pdl pdl;
+    int mask; ///< The groups that are taken from the worker.
+};
+
+// The orientation of PostScript is inferred while it is walked.
+constexpr std::array<AskedLanguage, 5> askedLanguages{{
+    {Pdl::Pcl5, JobInfo::AllFlags},
+    {Pdl::PostScript, JobInfo::AllFlags & ~JobInfo::FlagOrientation},
+    {Pdl::PclXl, JobInfo::AllFlags},
+    {Pdl::Pdf, JobInfo::AllFlags},
+    {Pdl::Xps, JobInfo::AllFlags},
+}};
+
+// Pages are not counted in fractions.
+int toInteger(const Torv::Variant& value)
+{
+    if (value.kind() == Torv::Variant::Kind::Real)
+        throw Torv::VariantInvalidOperationException(
+            "Variant: The value does not convert | wanted=integer | kind=Real");
+    return value.toInt();
+}
+
+/// Nothing for a key that is absent or null.
+std::optional<Torv::Variant> optionalValue(const Torv::Variant& reply, const char* key)
+{
+    Torv::Variant value;
+    if (!reply.contains(key, value) || value.isNull())
+        return std::nullopt;
+    return value;
+}
+
+int optionalInteger(const Torv::Variant& reply, const char* key)
+{
+    const auto value = optionalValue(reply, key);
+    return value ? toInteger(*value) : 0;
+}
+
+std::string optionalString(const Torv::Variant& reply, const char* key)
+{
+    const auto value = optionalValue(reply, key);
+    return value ? value->toString() : std::string();
+}
+
+/// A sum that wraps, since a worker may say anything.
+int wrappedSum(int a, int b, int c)
+{
+    return static_cast<int>(static_cast<unsigned>(a) + static_cast<unsigned>(b) + static_cast<unsigned>(c));
+}
 
 std::chrono::milliseconds since(std::chrono::steady_clock::time_point start)
 {
@@ -96,6 +159,8 @@ std::shared_ptr<JobParserResult> Parser::parse(JobFile& file, const ParseOptions
     result->parseDuration = since(start);
     logPartialRecords(globalParser);
     JobInfo merged = mergeRecords(globalParser, pdl);
+    if (useExternalParser && options.collectJobInfo && merged.flags(wantedGroups) != wantedGroups)
+        externalParser(globalParser, merged, result->externalParserDuration);
     if (!options.collectJobInfo)
         merged.reset(collectedGroups);
     applyPagesPerSheet(merged);
@@ -160,6 +225,82 @@ void Parser::logPartialRecords(const Global::Parser& globalParser)
     logRecord("Job info PJL: %s", globalParser.pjl.jobInfo, __LINE__);
     logRecord("Job info PDL: %s", globalParser.pdlJobInfo, __LINE__);
     logRecord("Job info Prescribe: %s", globalParser.prescribe.jobInfo, __LINE__);
+}
+
+void Parser::externalParser(Global::Parser& globalParser, JobInfo& jobInfo,
+                            std::chrono::milliseconds& duration)
+{
+    const auto start = Clock::now();
+    JobInfo ext;
+    int mask = JobInfo::AllFlags;
+    const auto asked = std::ranges::find(askedLanguages, jobInfo.pdl, &AskedLanguage::pdl);
+    if (asked != askedLanguages.end()) {
+        mask = asked->mask;
+        execExternalParser(globalParser, jobInfo.pdl, ext);
+        ext.reset(jobInfo.flags(keptGroups));
+    }
+    jobInfo.combineWith(ext, mask);
+    duration = since(start);
+}
+
+void Parser::execExternalParser(Global::Parser& globalParser, Pdl pdl, JobInfo& info)
+{
+    Library::extJobProcessor(); // Without one the library was not set up, which is no matter of this job.
+    const std::shared_ptr<ExtJobProcessor> processor = Library::currentExtJobProcessor();
+    try {
+        processExternalParserResult(processor->parse(globalParser.file.path, pdl), info);
+    } catch (const std::exception& error) {
+        logSource(Torv::Log::LevelError,
+                  Torv::format("Parsing via an external parser failed: %s", error.what()), "", false,
+                  __LINE__);
+    }
+}
+
+void Parser::processExternalParserResult(const Torv::Variant& reply, JobInfo& info)
+{
+    const int errorCode = optionalInteger(reply, "errorCode");
+    const std::string errorMessage = optionalString(reply, "errorMessage");
+    if (errorCode != 0 || !errorMessage.empty()) {
+        logSource(Torv::Log::LevelError,
+                  Torv::format("External parser error | errCode=%d | errorMessage=%s ", errorCode,
+                               errorMessage.c_str()),
+                  "", false, __LINE__);
+        return;
+    }
+    const int blankCount = optionalInteger(reply, "blankCount");
+    const int monoCount = toInteger(reply["monoCount"]);
+    const int grayCount = toInteger(reply["grayCount"]);
+    const int colorCount = toInteger(reply["colorCount"]);
+    const int copies = toInteger(reply["copies"]);
+    const int pageWidth = toInteger(reply["pageWidth"]);
+    const int pageHeight = toInteger(reply["pageHeight"]);
+    if (log->isEnabled(Torv::Log::LevelDebug))
+        logSource(Torv::Log::LevelDebug,
+                  Torv::format("External parser result | blankCount=%d | monoCount=%d | grayCount=%d "
+                               "|colorCount=%d | copies=%d | pageWidth=%d | pageHeight=%d",
+                               blankCount, monoCount, grayCount, colorCount, copies, pageWidth, pageHeight),
+                  "", false, __LINE__);
+    info.setCopies(copies);
+    info.setPageCount(wrappedSum(monoCount, blankCount, grayCount), 0, colorCount);
+    info.setOrientation(pageWidth, pageHeight);
+    setExternalPaper(pageWidth, pageHeight, info);
+}
+
+void Parser::setExternalPaper(int pageWidth, int pageHeight, JobInfo& info)
+{
+    if (pageWidth == 0 || pageHeight == 0) {
+        if (log->isEnabled(Torv::Log::LevelDebug))
+            logSource(Torv::Log::LevelDebug, "External parser did not recognize any paper size", "", false,
+                      __LINE__);
+        return;
+    }
+    const Paper paper = paperList.paperById(Torv::format("%dx%d", pageWidth, pageHeight), true);
+    info.setPaper(paper);
+    if (paper == PaperOther)
+        logSource(
+            Torv::Log::LevelWarning,
+            Torv::format("Unknown paper (External Parser) | width=%d | height=%d", pageWidth, pageHeight), "",
+            false, __LINE__);
 }
 
 void Parser::logSource(int level, const std::string& message, const std::string& details, bool flag, int line)

@@ -9,6 +9,11 @@
 #include "JobParser/model/Pdl.h"
 #include "JobParser/paper/PaperSizeManager.h"
 
+namespace Torv
+{
+class Variant;
+}
+
 namespace Torv::Log
 {
 class ILog;
@@ -54,7 +59,23 @@ public:
     ///
     /// A malformed job is logged at level 1 and comes back as one raw stretch, without facts but for `pjl`,
     /// so that it still saves byte for byte. Exceptions other than JobParserException pass through.
+    ///
+    /// Where counts, paper or orientation are missing, and it is allowed, a worker process is asked. What
+    /// goes wrong there is logged at level 1; only without Library::init it throws Torv::GenericException.
     std::shared_ptr<JobParserResult> parse(JobFile& file, const ParseOptions& options);
+
+    /// The part of parse that asks a worker process, if the job's language is one that workers read, and lays
+    /// what it says over the record. What the record knows of paper and orientation stays; counts do not.
+    /// Gives the time that it took. Throws Torv::GenericException without Library::init.
+    void externalParser(Global::Parser& parser, JobInfo& jobInfo, std::chrono::milliseconds& duration);
+
+    /// Asks a worker process and reads its reply into an empty record. What fails is logged, and leaves the
+    /// record as far as it got.
+    void execExternalParser(Global::Parser& parser, Pdl pdl, JobInfo& info);
+
+    /// Reads a worker's reply into a record. A reply that tells of an error is logged and changes nothing.
+    /// Throws Torv::VariantInvalidOperationException for a missing key or a value of another kind.
+    void processExternalParserResult(const Torv::Variant& reply, JobInfo& info);
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -63,11 +84,12 @@ private:
     void parsingJobFailed(JobParserResult& result, Global::Parser& parser, const std::string& error,
                           Clock::time_point start);
     void logPartialRecords(const Global::Parser& parser);
+    void setExternalPaper(int pageWidth, int pageHeight, JobInfo& info);
     void logSource(int level, const std::string& message, const std::string& details, bool flag, int line);
 
     std::shared_ptr<Torv::Log::ILog> log;
     PaperSizeManager& paperList;
-    [[maybe_unused]] bool useExternalParser; // Read as soon as there are workers to ask.
+    bool useExternalParser;
 };
 
 /// The papers of the process, built when the library is loaded.

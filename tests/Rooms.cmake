@@ -109,6 +109,8 @@ add_room_tests(PclXlTests
     JobParser/pclxl/PclXLTagsTest.cpp)
 
 add_room_tests(FrameTests
+    JobParser/ExternalParserTest.cpp
+    JobParser/ExtJobProcessorTest.cpp
     JobParser/LibraryTest.cpp
     JobParser/ParseJobInfoTest.cpp
     JobParser/ParserTest.cpp)

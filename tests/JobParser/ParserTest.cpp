@@ -9,11 +9,11 @@
 #include "JobParser/Library.h"
 #include "JobParser/model/ChunkRawData.h"
 #include "tests/support/OpenJob.h"
+#include "tests/support/RecordingLog.h"
 #include "tests/support/SparseFile.h"
 
 #include "Torv/IO/StringStream.h"
 #include "Torv/Json/Json.h"
-#include "Torv/Log/ILog.h"
 #include "Torv/Log/LogNull.h"
 #include "Torv/Log/LogString.h"
 
@@ -27,32 +27,7 @@ using namespace std::string_view_literals;
 constexpr std::string_view jpegStart = "\xFF\xD8\xFF\xE0";
 constexpr Parser::ParseOptions detectAll{Pdl::Detect, true, true};
 
-struct Message {
-    int level;
-    std::string text;
-    std::string details;
-    bool flag;
-    std::string sourceFile;
-    int line;
-};
-
-class RecordingLog : public Torv::Log::ILog
-{
-public:
-    explicit RecordingLog(int highestLevel) : m_highestLevel(highestLevel) {}
-
-    bool isEnabled(int level) const override { return level <= m_highestLevel; }
-    void write(int level, const std::string& message, const std::string& details, bool flag,
-               const char* sourceFile, int line) override
-    {
-        messages.push_back({level, message, details, flag, sourceFile, line});
-    }
-
-    std::vector<Message> messages;
-
-private:
-    int m_highestLevel;
-};
+using Message = RecordingLog::Message;
 
 std::shared_ptr<JobParserResult>
 parse(OpenJob& job, const Parser::ParseOptions& options = detectAll,
