@@ -19,9 +19,12 @@ Usage: jobparser SUBCOMMAND [OPTION...] FILE...
 
 Subcommands:
   info FILE...       one line of JSON a file: language, pages, copies, paper, finishing
+  scan PATH...       the same for files and whole folders, on all cores
   meta FILE          the job as metadata: the record and every chunk of the file, as JSON
   dump FILE          the job's chunks, one a line, for people
   check FILE         tests that every chunk writes as many bytes as it says
+  convert FILE OUT --format N
+                     has a worker process convert the job
   save FILE -o OUT   writes the job's bytes, chunk by chunk
   rewrite FILE -o OUT STEP...
                      changes the job and writes it: wrap it into PJL, set, add and remove PJL
@@ -32,6 +35,7 @@ Subcommands:
 
 Examples:
   jobparser info spool/*.prn | jq .copies
+  jobparser scan spool | jq -r 'select(.info.colorCount > 0).path'
   jobparser meta job.prn --beside
   jobparser save job.prn --from-meta job.prn.meta.json -o again.prn
   jobparser rewrite job.prn -o job.prn --set DUPLEX=ON --set BINDING=LONGEDGE
@@ -55,11 +59,19 @@ constexpr std::array subcommandRows = {
     SubcommandRow{"info", Subcommand::Info, "FILE...",
                   "Prints the record of each job, one line of JSON a file.\n"
                   "A file that fails is reported on standard error, and the next one follows.\n"},
+    SubcommandRow{"scan", Subcommand::Scan, "[OPTION...] PATH...",
+                  "Prints a line of JSON for each file, and for every file below each folder:\n"
+                  "{\"path\":...,\"info\":...}, or {\"path\":...,\"error\":...} for a file that fails.\n"
+                  "Within a folder names are in order of their bytes. Links to folders are not followed\n"
+                  "there, and what is no regular file is passed over.\n"},
     SubcommandRow{"meta", Subcommand::Meta, "[OPTION...] FILE",
                   "Writes the job as metadata, from which --from-meta makes the job again.\n"},
     SubcommandRow{"dump", Subcommand::Dump, "[OPTION...] FILE", "Prints the job's chunks, one a line.\n"},
     SubcommandRow{"check", Subcommand::Check, "[OPTION...] FILE",
                   "Tests that every chunk of the job writes as many bytes as it says.\n"},
+    SubcommandRow{"convert", Subcommand::Convert, "[OPTION...] FILE OUT --format N",
+                  "Has a worker process convert the job. Formats of the usual worker: 0 PDF, 1 PNG, 2 JPEG,\n"
+                  "3 TIFF, 4 text, 5 PostScript; PNG and JPEG make a file for each page.\n"},
     SubcommandRow{"save", Subcommand::Save, "[OPTION...] FILE -o OUT",
                   "Writes the job's bytes, chunk by chunk.\n"
                   "OUT may be FILE: it changes only when the new bytes are complete.\n"},
@@ -84,14 +96,31 @@ constexpr Takers taker(Subcommand subcommand)
 
 constexpr Takers metaOnly = taker(Subcommand::Meta);
 constexpr Takers rewriteOnly = taker(Subcommand::Rewrite);
+constexpr Takers scanOnly = taker(Subcommand::Scan);
+constexpr Takers convertOnly = taker(Subcommand::Convert);
 constexpr Takers writers = taker(Subcommand::Meta) | taker(Subcommand::Save) | rewriteOnly;
 constexpr Takers parsers = writers | taker(Subcommand::Dump) | taker(Subcommand::Check);
-constexpr Takers everybody = parsers | taker(Subcommand::Info);
+constexpr Takers walkers = parsers | scanOnly;
+constexpr Takers askers = walkers | convertOnly;
+constexpr Takers everybody = askers | taker(Subcommand::Info);
 
-bool readNumber(std::string_view text, int& number)
+template <typename Number> bool readNumber(std::string_view text, Number& number)
 {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     return error == std::errc() && end == text.data() + text.size();
+}
+
+template <typename Number> bool readFrom(Number least, std::string_view text, Number& number)
+{
+    return readNumber(text, number) && number >= least;
+}
+
+bool readFormat(std::string_view text, Options& options)
+{
+    std::uint32_t number = 0;
+    options.hasFormat = readNumber(text, number) && number <= 0x7FFFFFFF;
+    options.conversion.conversionFormat = static_cast<ConversionFormat>(number);
+    return options.hasFormat;
 }
 
 bool readLevel(std::string_view text, std::optional<int>& level)
@@ -105,6 +134,7 @@ struct OptionRow {
     Takers takers;
     std::string_view help;
     bool (*apply)(Options& options, const char* text); ///< False if the text makes no sense.
+    bool isSecret = false;                             ///< The text is not to be shown.
 };
 
 constexpr std::array optionRows = {
@@ -115,21 +145,62 @@ constexpr std::array optionRows = {
     OptionRow{"meta-out", "FILE", rewriteOnly,
               "write the changed job's metadata, too; it goes with the old bytes, not with those of OUT",
               [](Options& options, const char* text) { return options.metadataOutput.emplace(text), true; }},
-    OptionRow{"pdl", "N", parsers, "the number of the job's language; default: -1, which finds out",
+    OptionRow{"pdl", "N", walkers, "the number of the job's language; default: -1, which finds out",
               [](Options& options, const char* text) { return readNumber(text, options.pdl); }},
-    OptionRow{"no-collect", nullptr, parsers,
+    OptionRow{"no-collect", nullptr, walkers,
               "leave counts, paper, duplex, finishing and toner saving out of the record",
               [](Options& options, const char*) { return !(options.collectJobInfo = false); }},
-    OptionRow{"refuse-restricted", nullptr, parsers, "fail for an encrypted or malformed PDF",
+    OptionRow{"refuse-restricted", nullptr, walkers, "fail for an encrypted or malformed PDF",
               [](Options& options, const char*) { return !(options.allowRestrictedPdf = false); }},
-    OptionRow{"no-worker", nullptr, parsers, "ask no worker process for what the job does not tell",
-              [](Options&, const char*) { return true; }},
-    OptionRow{"config", "FILE", parsers, "names of papers; default: ParserConfig/config.ini beside the tool",
+    OptionRow{"no-worker", nullptr, walkers, "ask no worker process for what the job does not tell",
+              [](Options& options, const char*) { return !(options.worker.isUsed = false); }},
+    OptionRow{"config", "FILE", walkers, "names of papers; default: ParserConfig/config.ini beside the tool",
               [](Options& options, const char* text) { return options.config.emplace(text), true; }},
-    OptionRow{"log", "LEVEL", parsers, "show log messages of level 0 to LEVEL on standard error",
+    OptionRow{"log", "LEVEL", walkers, "show log messages of level 0 to LEVEL on standard error",
               [](Options& options, const char* text) { return readLevel(text, options.logLevel); }},
     OptionRow{"from-meta", "META", parsers, "load the job from this metadata; FILE still gives the bytes",
               [](Options& options, const char* text) { return options.metadata.emplace(text), true; }},
+    OptionRow{"worker", "PATH", askers, "the worker's executable; default: ZemJobProcessor beside the tool",
+              [](Options& options, const char* text) { return options.worker.path.emplace(text), true; }},
+    OptionRow{"worker-args", "TEXT", askers, "the worker's command line, split at blanks outside quotes",
+              [](Options& options, const char* text) { return options.worker.arguments = text, true; }},
+    OptionRow{
+        "worker-processes", "N", askers, "how many workers run; default: 2",
+        [](Options& options, const char* text) { return readFrom(0, text, options.worker.processCount); }},
+    OptionRow{"deadline", "MS", askers,
+              "how long a worker may take for a job; default: 300000, 0 is for ever",
+              [](Options& options, const char* text) {
+                  return readFrom<std::int64_t>(0, text, options.worker.deadline);
+              }},
+    OptionRow{"tolerance", "N", askers, "what the worker still takes for gray; default: 0",
+              [](Options& options, const char* text) { return readNumber(text, options.worker.tolerance); }},
+    OptionRow{"decrypt", "A:KEY:IV", askers,
+              "jobs are encrypted: algorithm, as aes-128-cbc, key and vector in hexadecimal",
+              [](Options& options, const char* text) {
+                  return (options.decryption = readDecryption(text)).has_value();
+              },
+              true},
+    OptionRow{"format", "N", convertOnly, "the number of the format to convert to",
+              [](Options& options, const char* text) { return readFormat(text, options); }},
+    OptionRow{
+        "pages", "N", convertOnly, "the first N pages only; default: 0, which is all",
+        [](Options& options, const char* text) { return readNumber(text, options.conversion.pageCount); }},
+    OptionRow{"force-mono", nullptr, convertOnly, "in black and white",
+              [](Options& options, const char*) { return options.conversion.forceMono = true; }},
+    OptionRow{"width", "N", convertOnly, "greatest width of a picture, in pixels",
+              [](Options& options, const char* text) {
+                  return readNumber(text, options.conversion.imgBoundingBoxWidth);
+              }},
+    OptionRow{"height", "N", convertOnly, "greatest height of a picture, in pixels",
+              [](Options& options, const char* text) {
+                  return readNumber(text, options.conversion.imgBoundingBoxHeight);
+              }},
+    OptionRow{"dpi", "N", convertOnly, "resolution of pictures",
+              [](Options& options, const char* text) { return readNumber(text, options.conversion.imgDpi); }},
+    OptionRow{"jobs", "N", scanOnly, "threads; default: the number of cores",
+              [](Options& options, const char* text) { return readFrom(1, text, options.jobs); }},
+    OptionRow{"no-progress", nullptr, scanOnly, "show no progress on a terminal",
+              [](Options& options, const char*) { return !(options.showsProgress = false); }},
     OptionRow{"help", nullptr, everybody, "this text", nullptr},
 };
 
@@ -223,6 +294,7 @@ private:
     std::optional<Answer> takeOption(const OptionRow& row);
     std::optional<Answer> takeStep(const RewriteStepRow& row, int argc, char** argv);
     std::optional<Answer> findContradiction() const;
+    std::optional<Answer> findContradictionInConvert() const;
     Answer wrongHere(const std::string& message) const { return wrong(message, m_subcommand.name); }
 
     const SubcommandRow& m_subcommand;
@@ -298,7 +370,7 @@ std::optional<Answer> Reader::takeOption(const OptionRow& row)
     if (row.apply == nullptr)
         return Answer{helpOf(m_subcommand), false};
     if (!row.apply(m_options, optarg))
-        return wrongHere(withDashes(row) + " does not take " + optarg);
+        return wrongHere(withDashes(row) + " does not take " + (row.isSecret ? "this" : optarg));
     return std::nullopt;
 }
 
@@ -321,7 +393,11 @@ std::optional<Answer> Reader::findContradiction() const
 {
     if (m_options.files.empty())
         return wrongHere("FILE is missing");
-    if (m_options.files.size() > 1 && m_options.subcommand != Subcommand::Info)
+    if (m_options.subcommand == Subcommand::Convert)
+        return findContradictionInConvert();
+    const bool takesMany =
+        m_options.subcommand == Subcommand::Info || m_options.subcommand == Subcommand::Scan;
+    if (m_options.files.size() > 1 && !takesMany)
         return wrongHere("One FILE only, not also " + m_options.files[1]);
     if (m_options.beside && m_options.output)
         return wrongHere("Either -o or --beside");
@@ -331,6 +407,17 @@ std::optional<Answer> Reader::findContradiction() const
         return wrongHere("-o is missing");
     if (m_options.output && m_options.output == m_options.metadataOutput)
         return wrongHere("-o and --meta-out name the same file");
+    return std::nullopt;
+}
+
+std::optional<Answer> Reader::findContradictionInConvert() const
+{
+    if (m_options.files.size() < 2)
+        return wrongHere("OUT is missing");
+    if (m_options.files.size() > 2)
+        return wrongHere("One FILE and one OUT only, not also " + m_options.files[2]);
+    if (!m_options.hasFormat)
+        return wrongHere("--format is missing");
     return std::nullopt;
 }
 

@@ -5,17 +5,19 @@
 #include <variant>
 #include <vector>
 
+#include "JobParser/ExtJobProcessor.h"
 #include "tools/RewriteStep.h"
+#include "tools/WorkerOptions.h"
 
 namespace JobParser::Tool
 {
 
-enum class Subcommand { Info, Meta, Dump, Check, Save, Rewrite };
+enum class Subcommand { Info, Scan, Meta, Dump, Check, Save, Rewrite, Convert };
 
 /// What the command line asks for. The defaults are those of the options that are not given.
 struct Options {
     Subcommand subcommand = Subcommand::Info;
-    std::vector<std::string> files;            ///< At least one; exactly one but for Info.
+    std::vector<std::string> files;            ///< At least one; exactly one but for Info, Scan and Convert.
     int pdl = -1;                              ///< The number of a Pdl.
     bool collectJobInfo = true;                ///< As in Parser::ParseOptions.
     bool allowRestrictedPdf = true;            ///< As in Parser::ParseOptions.
@@ -26,6 +28,12 @@ struct Options {
     std::optional<std::string> config; ///< The configuration file to use instead of the one beside the tool.
     std::optional<std::string> metadata; ///< Where to load the job from instead of parsing it.
     std::optional<int> logLevel;         ///< The least important level to show; no log if absent.
+    WorkerOptions worker;
+    std::optional<Torv::Security::Endecryptor::Options> decryption; ///< How jobs are encrypted, if they are.
+    ConvertParams conversion;                                       ///< For Convert, without the paths.
+    bool hasFormat = false;    ///< The format of the conversion was given.
+    int jobs = 0;              ///< Threads of Scan; 0 for the number of cores.
+    bool showsProgress = true; ///< Scan, on a terminal.
 };
 
 /// A command line that is answered with a text: help, the version, or what is wrong with it.

@@ -40,20 +40,23 @@ void printError(std::string_view text)
 
 bool StandardErrorLog::isEnabled(int level) const
 {
-    return level <= m_level || level == Torv::Log::LevelError;
+    return level <= m_level || (level == Torv::Log::LevelError && m_hidden == Hidden::Kept);
 }
 
 void StandardErrorLog::write(int level, const std::string& message, const std::string&, bool, const char*,
                              int)
 {
-    if (level <= m_level)
+    if (level <= m_level) {
         printError(message);
-    else if (level == Torv::Log::LevelError)
+    } else if (level == Torv::Log::LevelError && m_hidden == Hidden::Kept) {
+        const std::lock_guard lock(m_mutex);
         m_heldBack += asLine(message);
+    }
 }
 
 void StandardErrorLog::showHeldBackErrors()
 {
+    const std::lock_guard lock(m_mutex);
     printRaw(m_heldBack);
     m_heldBack.clear();
 }

@@ -5,16 +5,18 @@
 #include <memory>
 #include <unistd.h>
 
+#include "JobParser/ExtJobProcessor.h"
 #include "JobParser/Job.h"
 #include "JobParser/JobFile.h"
 #include "JobParser/Library.h"
 #include "JobParser/Parser.h"
 #include "JobParser/paper/PaperSizeManager.h"
 #include "tools/OutputFile.h"
+#include "tools/Scan.h"
+#include "tools/Session.h"
 #include "tools/StandardErrorLog.h"
 #include "tools/StandardStreams.h"
 
-#include "Torv/Data/IniFile.h"
 #include "Torv/GenericException.h"
 #include "Torv/IO/FileStream.h"
 
@@ -47,43 +49,13 @@ private:
     Torv::IO::IStream& m_stream;
 };
 
-void reportFailure(const std::string& file, const std::exception& error)
-{
-    printError("jobparser: " + file + ": " + error.what());
-}
-
-std::filesystem::path toolFolder()
-{
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path();
-}
-
-void initLibrary()
-{
-    Library::Options options;
-    options.directory = toolFolder().string() + "/";
-    options.processCount = 0;
-    Library::init(options);
-}
-
-void configure(PaperSizeManager& papers, const std::optional<std::string>& config)
-{
-    const std::string path = config ? *config : (toolFolder() / "ParserConfig" / "config.ini").string();
-    Torv::Data::IniFile ini;
-    if (ini.open(path))
-        papers.loadConfig(ini);
-    else if (config)
-        throw Torv::GenericException("Cannot read the configuration | path=" + path);
-}
-
 void parse(LoadedJob& loaded, const Options& options)
 {
     PaperSizeManager papers;
-    configure(papers, options.config);
+    configure(papers, options);
     const auto log = std::make_shared<StandardErrorLog>(options.logLevel.value_or(-1));
-    Parser parser(log, papers, false);
-    const Parser::ParseOptions parseOptions{static_cast<Pdl>(options.pdl), options.collectJobInfo,
-                                            options.allowRestrictedPdf};
-    const std::shared_ptr<JobParserResult> result = parser.parse(loaded.file, parseOptions);
+    Parser parser(log, papers, options.worker.isUsed);
+    const std::shared_ptr<JobParserResult> result = parser.parse(loaded.file, parseOptionsOf(options));
     loaded.job = result->job;
     loaded.parsed = result->parsed;
     if (!loaded.parsed)
@@ -92,8 +64,9 @@ void parse(LoadedJob& loaded, const Options& options)
 
 void load(LoadedJob& loaded, const Options& options)
 {
-    initLibrary();
-    loaded.file.open(options.files.front());
+    // A job that is loaded from its metadata is not parsed, so that there is nothing to ask.
+    initLibrary(options, options.metadata ? Workers::None : Workers::Started);
+    openJob(loaded.file, options.files.front(), options);
     if (options.metadata)
         loaded.job = std::make_shared<Job>(*options.metadata);
     else
@@ -167,7 +140,9 @@ void check(LoadedJob& loaded, Torv::IO::IStream& stream)
 void writeResult(LoadedJob& loaded, const Options& options)
 {
     switch (options.subcommand) {
-    case Subcommand::Info: break; // Has no loaded job.
+    case Subcommand::Info:
+    case Subcommand::Scan:
+    case Subcommand::Convert: break; // Have no loaded job.
     case Subcommand::Meta: writeMetadata(loaded, options); break;
     case Subcommand::Dump:
         writeOutput(std::nullopt, [&](Torv::IO::IStream& stream) {
@@ -214,11 +189,30 @@ ExitStatus runInfo(const Options& options)
     return status;
 }
 
+ExitStatus runConvert(const Options& options)
+{
+    try {
+        initLibrary(options, Workers::Started);
+        ConvertParams params = options.conversion;
+        params.jobPath = options.files[0];
+        params.outPath = options.files[1];
+        Library::extJobProcessor().convert(params);
+        return StatusDone;
+    } catch (const std::exception& error) {
+        reportFailure(options.files[0], error);
+        return StatusFailed;
+    }
+}
+
 } // namespace
 
 ExitStatus run(const Options& options)
 {
-    return options.subcommand == Subcommand::Info ? runInfo(options) : runOnJob(options);
+    if (options.subcommand == Subcommand::Info)
+        return runInfo(options);
+    if (options.subcommand == Subcommand::Scan)
+        return runScan(options);
+    return options.subcommand == Subcommand::Convert ? runConvert(options) : runOnJob(options);
 }
 
 } // namespace JobParser::Tool

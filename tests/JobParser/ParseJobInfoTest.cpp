@@ -1,12 +1,16 @@
 #include "JobParser/ParseJobInfo.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <stdexcept>
+#include <string_view>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 #include "JobParser/Parser.h"
 #include "tests/support/OpenJob.h"
@@ -48,6 +52,49 @@ TEST(ParseJobInfo, LetsTheExceptionOfAFileThatCannotBeOpenedPass)
 {
     EXPECT_THROW(ParseJobInfo("/nowhere/job.prn"), Torv::GenericException);
     EXPECT_THROW(parseJobInfo("/"), Torv::GenericException);
+}
+
+TEST(ParseJobInfoThreads, MeetInTheFirstCall)
+{
+    // Only who comes while another is still initialising may find no worker processes to ask.
+    const TemporaryFile job("\x1B"
+                            "Etext\x1B"
+                            "E");
+    std::atomic<int> given{0};
+    std::atomic<int> early{0};
+    std::vector<std::thread> threads;
+
+    for (int thread = 0; thread < 8; ++thread) {
+        threads.emplace_back([&] {
+            for (int call = 0; call < 10; ++call) {
+                try {
+                    const std::string record = parseJobInfo(job.path());
+                    given += record.find(R"("pdl":1,)") != std::string::npos;
+                } catch (const Torv::GenericException& error) {
+                    early += std::string_view(error.what()).starts_with("External Parser is not initialized");
+                }
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+
+    EXPECT_EQ(given + early, 80);
+    EXPECT_GT(given, 0);
+}
+
+TEST(LazyInitThreads, GiveTrueToOneCallAlone)
+{
+    std::atomic<int> firsts{0};
+    std::vector<std::thread> threads;
+
+    for (int thread = 0; thread < 8; ++thread)
+        threads.emplace_back([&] { firsts += lazyInit(); });
+    for (std::thread& thread : threads)
+        thread.join();
+
+    EXPECT_LE(firsts, 1) << "none if another test came first";
+    EXPECT_FALSE(lazyInit());
 }
 
 /// Leaves with 0 if the first call of lazyInit, and it alone, says that it was the first.

@@ -812,9 +812,14 @@ class CommandLine(ToolTest):
             self.assertIn(word, text)
 
     def test_tells_what_each_subcommand_takes(self):
-        options = {b"--pdl", b"--no-collect", b"--refuse-restricted", b"--no-worker", b"--config", b"--log", b"--from-meta"}
+        asking = {b"--worker", b"--worker-args", b"--worker-processes", b"--deadline", b"--tolerance", b"--decrypt"}
+        walking = asking | {b"--pdl", b"--no-collect", b"--refuse-restricted", b"--no-worker", b"--config", b"--log"}
+        options = walking | {b"--from-meta"}
+        others = {b"-o", b"--beside", b"--meta-out", b"--jobs", b"--no-progress", b"--format", b"--pages"}
         for subcommand, taken in {
             "info": set(),
+            "scan": walking | {b"--jobs", b"--no-progress"},
+            "convert": asking | {b"--format", b"--pages"},
             "meta": options | {b"-o", b"--beside"},
             "dump": options,
             "check": options,
@@ -824,7 +829,7 @@ class CommandLine(ToolTest):
             text = self.output(subcommand, "--help")
 
             self.assertIn(b"Usage: jobparser " + subcommand.encode(), text)
-            told = {word for word in options | {b"-o", b"--beside", b"--meta-out"} if b"  " + word + b" " in text}
+            told = {word for word in options | others if b"  " + word + b" " in text}
             self.assertEqual(told, taken)
 
     def test_names_the_option_that_there_is_not(self):

@@ -3,6 +3,8 @@
 #include <array>
 #include <gtest/gtest.h>
 #include <limits>
+#include <thread>
+#include <vector>
 
 namespace JobParser
 {
@@ -103,6 +105,25 @@ TEST(Pdl, TellsTheExtensionsOfPrintJobs)
         EXPECT_TRUE(PdlUtils::isPdlExtension(extension)) << extension;
     for (const char* extension : {"", ".ps", "xps", "jpg", "pd", "pdfx"})
         EXPECT_FALSE(PdlUtils::isPdlExtension(extension)) << extension;
+}
+
+TEST(PdlThreads, MayAllBeTheFirstToAsk)
+{
+    std::array<Pdl, 8> found{};
+    std::vector<std::thread> threads;
+
+    for (Pdl& pdl : found) {
+        threads.emplace_back([&pdl] {
+            if (PdlUtils::fromExtension("pdf") == Pdl::Pdf && PdlUtils::isPdlExtension("ps") &&
+                PdlUtils::displayName(Pdl::Urf) == "URF" && PdlUtils::fromMime("image/jpeg") == Pdl::Jpeg)
+                pdl = PdlUtils::fromPjlEnterLang("PCLXL");
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+
+    for (const Pdl pdl : found)
+        EXPECT_EQ(pdl, Pdl::PclXl);
 }
 
 } // namespace

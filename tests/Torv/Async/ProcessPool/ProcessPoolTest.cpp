@@ -347,6 +347,7 @@ TEST(ProcessPool, ReplacesAProcessThatIsFoundDeadUnnoticed)
         const int pid = pidOf(pool.request("1"));
 
         ::kill(pid, SIGKILL);
+        ASSERT_TRUE(eventually([&] { return !processRuns(pid); }));
 
         EXPECT_NE(pidOf(pool.request("1")), pid);
     }

@@ -1,0 +1,226 @@
+#include "tools/Scan.h"
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <exception>
+#include <mutex>
+#include <string>
+#include <sys/stat.h>
+#include <system_error>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include "JobParser/Job.h"
+#include "JobParser/paper/PaperSizeManager.h"
+#include "tools/FileFinder.h"
+#include "tools/ProgressBar.h"
+#include "tools/Session.h"
+#include "tools/StandardErrorLog.h"
+#include "tools/StandardStreams.h"
+
+#include "Torv/GenericException.h"
+#include "Torv/IO/FileStream.h"
+#include "Torv/Json/Object.h"
+
+namespace JobParser::Tool
+{
+namespace
+{
+
+/// What is known of one file.
+struct Result {
+    std::string line;
+    std::string error; ///< The line for standard error; empty if nothing is wrong.
+    std::int64_t bytes = 0;
+    bool isReady = false;
+};
+
+/// What there is to do, for the progress; nothing is kept of it, so that folders of any size may be scanned.
+Progress countFiles(const std::vector<std::string>& paths)
+{
+    Progress total;
+    FileFinder finder(paths);
+    while (const auto found = finder.next()) {
+        struct stat status = {};
+        ++total.files;
+        if (::stat(found->path.c_str(), &status) == 0 && S_ISREG(status.st_mode))
+            total.bytes += status.st_size;
+    }
+    return total;
+}
+
+/// Goes through the files on several threads, and prints what it finds in the order of the files.
+class Scanner
+{
+public:
+    explicit Scanner(const Options& options);
+
+    ExitStatus run();
+
+private:
+    using Clock = std::chrono::steady_clock;
+    using Lock = std::unique_lock<std::mutex>;
+
+    void work();
+    void workThrough(JobFile& file);
+    Result resultOf(const FileFinder::Found& found, JobFile& file);
+    void deliver(Result result, std::size_t number);
+    void print(const Result& result);
+    void fail(std::exception_ptr failure);
+    int threadCount() const;
+
+    // Who is ahead of a file that takes long waits, so that results do not pile up.
+    static constexpr std::size_t mostAhead = 1024;
+    static constexpr std::chrono::milliseconds flushInterval{100};
+
+    const Options& m_options;
+    PaperSizeManager m_papers;
+    Parser m_parser;
+    bool m_showsProgress;
+
+    std::mutex m_mutex; ///< Guards what follows.
+    std::condition_variable m_roomAhead;
+    FileFinder m_finder;
+    std::vector<Result> m_results; ///< Of the files from m_printed on; the place is the number of the file.
+    std::size_t m_found = 0;       ///< Files that were taken up.
+    std::size_t m_printed = 0;
+    Progress m_done;
+    ProgressBar m_bar;
+    Torv::IO::FileStream m_output;
+    Clock::time_point m_flushed = Clock::now();
+    bool m_hasFailed = false; ///< A file failed.
+    std::exception_ptr m_failure;
+};
+
+Scanner::Scanner(const Options& options)
+    : m_options(options), m_parser(std::make_shared<StandardErrorLog>(options.logLevel.value_or(-1),
+                                                                      StandardErrorLog::Hidden::Dropped),
+                                   m_papers, options.worker.isUsed),
+      m_showsProgress(options.showsProgress && ::isatty(STDERR_FILENO) == 1), m_finder(options.files),
+      m_results(mostAhead), m_bar(m_showsProgress, m_showsProgress ? countFiles(options.files) : Progress()),
+      m_output(STDOUT_FILENO, "standard output")
+{
+    configure(m_papers, options);
+}
+
+ExitStatus Scanner::run()
+{
+    std::vector<std::thread> threads;
+    try {
+        for (int thread = 1; thread < threadCount(); ++thread)
+            threads.emplace_back([this] { work(); });
+    } catch (const std::system_error&) {
+        // The system gives no more threads; those that there are do it all.
+    }
+    work();
+    for (std::thread& thread : threads)
+        thread.join();
+    if (m_failure)
+        std::rethrow_exception(m_failure);
+    m_output.flush();
+    return m_hasFailed ? StatusFailed : StatusDone;
+}
+
+int Scanner::threadCount() const
+{
+    if (m_options.jobs > 0)
+        return m_options.jobs;
+    return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+}
+
+void Scanner::work()
+{
+    try {
+        JobFile file;
+        workThrough(file);
+    } catch (...) {
+        fail(std::current_exception());
+    }
+}
+
+void Scanner::workThrough(JobFile& file)
+{
+    for (;;) {
+        Lock lock(m_mutex);
+        m_roomAhead.wait(lock, [this] { return m_found < m_printed + mostAhead || m_failure; });
+        if (m_failure)
+            return;
+        const auto found = m_finder.next();
+        if (!found)
+            return;
+        const std::size_t number = m_found++;
+        lock.unlock();
+        deliver(resultOf(*found, file), number);
+    }
+}
+
+Result Scanner::resultOf(const FileFinder::Found& found, JobFile& file)
+{
+    Result result;
+    Torv::Json::Object line;
+    line.add("path", found.path);
+    try {
+        if (!found.error.empty())
+            throw Torv::GenericException(found.error);
+        openJob(file, found.path, m_options);
+        result.bytes = file.fileSize;
+        line.addJson("info", m_parser.parse(file, parseOptionsOf(m_options))->job->jobInfo.toJson());
+    } catch (const std::exception& error) {
+        line.add("error", error.what());
+        result.error = "jobparser: " + found.path + ": " + error.what();
+    }
+    result.line = line.take() + '\n';
+    result.isReady = true;
+    return result;
+}
+
+void Scanner::deliver(Result result, std::size_t number)
+{
+    const Lock lock(m_mutex);
+    m_results[number % mostAhead] = std::move(result);
+    while (m_results[m_printed % mostAhead].isReady) {
+        print(m_results[m_printed % mostAhead]);
+        m_results[m_printed % mostAhead] = Result();
+        ++m_printed;
+        m_roomAhead.notify_all();
+    }
+    if (Clock::now() >= m_flushed + flushInterval) {
+        m_bar.clear(); // Both may go to one terminal.
+        m_output.flush();
+        m_flushed = Clock::now();
+    }
+    m_bar.show(m_done);
+}
+
+void Scanner::print(const Result& result)
+{
+    writeText(m_output, result.line);
+    ++m_done.files;
+    m_done.bytes += result.bytes;
+    if (result.error.empty())
+        return;
+    m_hasFailed = true;
+    m_bar.clear();
+    printError(result.error);
+}
+
+void Scanner::fail(std::exception_ptr failure)
+{
+    const Lock lock(m_mutex);
+    if (!m_failure)
+        m_failure = std::move(failure);
+    m_roomAhead.notify_all();
+}
+
+} // namespace
+
+ExitStatus runScan(const Options& options)
+{
+    initLibrary(options, Workers::Started);
+    return Scanner(options).run();
+}
+
+} // namespace JobParser::Tool

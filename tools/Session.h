@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "JobParser/JobFile.h"
+#include "JobParser/Parser.h"
+#include "tools/CommandLine.h"
+
+namespace JobParser
+{
+class PaperSizeManager;
+}
+
+namespace JobParser::Tool
+{
+
+/// Whether worker processes are started.
+enum class Workers { Started, None };
+
+/// Sets the library up as the options say. Throws what Library::init throws.
+void initLibrary(const Options& options, Workers workers);
+
+/// Reads the names of papers from the file of the options, or from the one beside the tool if that is there.
+/// Throws Torv::GenericException if the file of the options cannot be read.
+void configure(PaperSizeManager& papers, const Options& options);
+
+/// Opens a job as the options say. Throws as JobFile::open and JobFile::openEncrypted do.
+void openJob(JobFile& file, const std::string& path, const Options& options);
+
+Parser::ParseOptions parseOptionsOf(const Options& options);
+
+/// Tells on standard error that a file failed.
+void reportFailure(const std::string& file, const std::exception& error);
+
+} // namespace JobParser::Tool
