@@ -19,7 +19,6 @@ add_room_tests(TorvTests
     Torv/VariantTest.cpp
     Torv/Async/ProcessPool/ArgumentsTest.cpp
     Torv/Async/ProcessPool/DescriptorTest.cpp
-    Torv/Async/ProcessPool/PipeSignalTest.cpp
     Torv/Async/ProcessPool/ProcessPoolTest.cpp
     Torv/Async/ProcessPool/ProcessTest.cpp
     Torv/Async/ProcessPool/WorkerTest.cpp

@@ -120,6 +120,7 @@ Process::Process(const std::string& executable, const std::vector<std::string>& 
         throwCannotStart(executable, error);
     }
     m_input = std::move(input.writing);
+    m_inputReader = std::move(input.reading);
     m_output = std::move(output.reading);
 }
 

@@ -26,7 +26,8 @@ public:
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
-    const Descriptor& input() const { return m_input; }   ///< Takes what the process reads; never blocks.
+    /// Takes what the process reads. Writing never blocks, and causes no signal, even if the process is dead.
+    const Descriptor& input() const { return m_input; }
     const Descriptor& output() const { return m_output; } ///< Gives what the process writes; never blocks.
     const Descriptor& watch() const { return m_watch; }   ///< Becomes readable when the process ends.
 
@@ -45,6 +46,7 @@ private:
     bool peekEnding(int& code, int& status) const;
 
     Descriptor m_input;
+    Descriptor m_inputReader; ///< A pipe with a reader is never broken, whatever becomes of the process.
     Descriptor m_output;
     pid_t m_pid = -1;
     Descriptor m_watch;

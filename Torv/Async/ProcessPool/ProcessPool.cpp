@@ -1,6 +1,6 @@
 #include "Torv/Async/ProcessPool/ProcessPool.h"
 
-#include <unistd.h>
+#include <pthread.h>
 #include <utility>
 
 #include "Torv/Async/ProcessPool/Running.h"
@@ -8,6 +8,19 @@
 
 namespace Torv::Async::ProcessPool
 {
+namespace
+{
+
+// How often this process is a fork of another: cheaper to ask than the number of the process.
+std::atomic<int> forkDepth{0};
+
+void countForks()
+{
+    [[maybe_unused]] static const int registered =
+        ::pthread_atfork(nullptr, nullptr, [] { forkDepth.fetch_add(1, std::memory_order_relaxed); });
+}
+
+} // namespace
 
 ProcessPool::ProcessPool() = default;
 
@@ -24,10 +37,11 @@ void ProcessPool::start(const Options& options)
     if (isForked())
         forget();
     stop(options.stopWait);
+    countForks();
     auto started = std::make_shared<Running>(options);
     const std::lock_guard lock(m_mutex);
     m_running = std::move(started);
-    m_owner = ::getpid();
+    m_forkDepth = forkDepth.load();
     m_stopWait = options.stopWait;
 }
 
@@ -65,12 +79,12 @@ std::shared_ptr<ProcessPool::Running> ProcessPool::running() const
 void ProcessPool::forget()
 {
     static_cast<void>(new std::shared_ptr<Running>(std::move(m_running)));
-    m_owner = 0;
+    m_forkDepth = forkDepth.load();
 }
 
 bool ProcessPool::isForked() const
 {
-    return m_owner != 0 && m_owner != ::getpid();
+    return m_forkDepth >= 0 && m_forkDepth != forkDepth.load(std::memory_order_relaxed);
 }
 
 } // namespace Torv::Async::ProcessPool

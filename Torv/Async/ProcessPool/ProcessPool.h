@@ -5,7 +5,6 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <sys/types.h>
 
 #include "Torv/Async/ProcessPool/Options.h"
 #include "Torv/Export.h"
@@ -61,7 +60,7 @@ private:
 
     mutable std::mutex m_mutex;
     std::shared_ptr<Running> m_running; ///< Null while the pool is not started.
-    std::atomic<pid_t> m_owner = 0;     ///< The process that started the pool.
+    std::atomic<int> m_forkDepth = -1;  ///< Of the process that started the pool; -1 before.
     std::int64_t m_stopWait = 0;
 };
 

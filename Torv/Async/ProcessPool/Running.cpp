@@ -17,6 +17,8 @@ namespace
 {
 
 constexpr std::chrono::seconds retryInterval{1};
+// So many more than the pool has may end in a row before they took a request, since others may kill them.
+constexpr std::int64_t mostStillborn = 10;
 constexpr const char* stoppedText = "The worker processes are stopped";
 
 Descriptor makeWake()
@@ -181,7 +183,7 @@ void ProcessPool::Running::countStillborn(const Member& member)
     if (member.served != 0)
         return;
     ++m_stillborn;
-    if (m_stillborn <= m_options.processCount)
+    if (m_stillborn <= m_options.processCount + mostStillborn)
         return;
     m_failure = "The worker process ended before it took a request | path=" + m_options.executable +
                 member.worker->ending();

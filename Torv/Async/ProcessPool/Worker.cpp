@@ -9,7 +9,6 @@
 #include <unistd.h>
 #include <utility>
 
-#include "Torv/Async/ProcessPool/PipeSignal.h"
 #include "Torv/GenericException.h"
 #include "Torv/SystemError.h"
 
@@ -55,13 +54,12 @@ Worker::Worker(const std::string& executable, const std::vector<std::string>& ar
 std::optional<std::string> Worker::ask(std::string_view request, const Deadline& deadline)
 {
     std::string_view unsent = request;
-    if (!isInStep() || !send(unsent))
+    if (!isInStep())
         return std::nullopt;
+    send(unsent);
     for (;;) {
         const bool hasEnded = waitFor(!unsent.empty(), deadline);
-        // What it does not read any more is no failure as long as it answers.
-        if (!unsent.empty() && !send(unsent))
-            unsent = {};
+        send(unsent);
         const Received received = receive();
         if (received == Received::Bytes) {
             const bool hasAnswered = findAnswer();
@@ -92,22 +90,16 @@ bool Worker::isInStep()
     }
 }
 
-/// Takes off what was sent. False if the process reads no more.
-bool Worker::send(std::string_view& unsent)
+/// Takes off what the pipe has room for.
+void Worker::send(std::string_view& unsent)
 {
-    PipeSignal signal;
     while (!unsent.empty()) {
         const ssize_t count = ::write(m_process.input().number(), unsent.data(), unsent.size());
-        if (count >= 0) {
+        if (count >= 0)
             unsent.remove_prefix(static_cast<std::size_t>(count));
-        } else if (errno == EAGAIN) {
-            return true;
-        } else if (errno != EINTR) {
-            signal.swallow();
-            return false;
-        }
+        else if (errno != EINTR)
+            return;
     }
-    return true;
 }
 
 Worker::Received Worker::receive()

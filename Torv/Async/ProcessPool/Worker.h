@@ -49,7 +49,7 @@ private:
     enum class Received { Bytes, NothingYet, End };
 
     bool isInStep();
-    bool send(std::string_view& unsent);
+    void send(std::string_view& unsent);
     Received receive();
     bool findAnswer();
     std::string takeAnswer();
