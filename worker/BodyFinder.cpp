@@ -24,6 +24,7 @@ constexpr std::array<Torv::BytePair, 2> events{{{0x1B, '%'}, {'!', 'R'}}};
 constexpr std::array<Torv::BytePair, 2> uels{{{0x1B, '%'}, {0x1B, '%'}}};
 
 constexpr std::string_view pjlKeyword = "@PJL";
+constexpr std::string_view prescribeStart = "!R!";
 
 // Line ends and padding behind an envelope are no body. What is longer than this is not looked at.
 constexpr std::int64_t longestFiller = 1024;
@@ -69,6 +70,9 @@ void BodyFinder::walk(Global::Parser& parser)
         }
         endBody();
         m_told = parser.match(pjlKeyword, true, true) ? parser.pjl.parse() : Pdl::Unknown;
+        // Behind PJL a block needs no guess.
+        if (m_told == Pdl::Prescribe)
+            parser.prescribe.parse();
     }
     endBody();
 }
@@ -99,7 +103,9 @@ void BodyFinder::skipToEvent(Global::Parser& parser)
     while (!m_file.atEnd()) {
         const bool isUelOnly = isDocument(m_body.pdl);
         auto bytes = m_file.window();
-        const std::int64_t known = parser.prescribe.noBlockBefore() - m_file.m_offset;
+        // In PostScript a block may be of any length, so that guesses tell nothing of what follows.
+        const bool isGuessed = m_body.pdl != Pdl::PostScript;
+        const std::int64_t known = isGuessed ? parser.prescribe.noBlockBefore() - m_file.m_offset : 0;
         if (!isUelOnly && known > 0)
             bytes = bytes.first(std::min(bytes.size(), static_cast<std::size_t>(known)));
         const std::size_t count = Torv::findPair(bytes, isUelOnly || known > 0 ? uels : events);
@@ -107,10 +113,21 @@ void BodyFinder::skipToEvent(Global::Parser& parser)
             m_file.advancePos(static_cast<std::int64_t>(count));
         if (count == bytes.size())
             continue;
-        if (parser.match(uel, true, false) || (!isUelOnly && parser.prescribe.guessPrescribe()))
+        if (parser.match(uel, true, false) || (!isUelOnly && isBlockHere(parser)))
             return;
         m_file.getChar();
     }
+}
+
+bool BodyFinder::isBlockHere(Global::Parser& parser) const
+{
+    if (m_body.pdl != Pdl::PostScript || !parser.match(prescribeStart, true, false))
+        return parser.prescribe.guessPrescribe();
+    if (m_file.m_offset == 0)
+        return true;
+    m_file.returnChar(1);
+    const std::uint8_t before = m_file.getChar();
+    return before == '\n' || before == '\r' || parser.prescribe.guessPrescribe();
 }
 
 void BodyFinder::endBody()

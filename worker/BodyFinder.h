@@ -51,6 +51,7 @@ private:
     Pdl languageHere(Global::Parser& parser) const;
     void takeStretch(Global::Parser& parser);
     void skipToEvent(Global::Parser& parser);
+    bool isBlockHere(Global::Parser& parser) const;
     void endBody();
     bool isFiller(const Range& range) const;
 

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "worker/BodyReader.h"
+#include "worker/DocumentMedia.h"
 #include "worker/PixelScan.h"
 #include "worker/WorkerException.h"
 
@@ -30,6 +31,9 @@ constexpr int defaultHeight = 851;
 
 // Red, green and blue, a byte each, from the top of the page.
 constexpr unsigned displayFormat = unsigned{DISPLAY_COLORS_RGB} | unsigned{DISPLAY_DEPTH_8};
+
+// What drivers take for granted, since their printers have it. It does nothing.
+constexpr const char* printerResources = "/RDeviceProcSet << /SetBannerPage {pop} >> /ProcSet defineresource pop";
 
 /// The end of what Ghostscript says, for messages about failures.
 constexpr std::size_t mostSaid = 500;
@@ -187,6 +191,10 @@ void Ghostscript::start()
           Torv::format("-dDEVICEWIDTHPOINTS=%d", defaultWidth),
           Torv::format("-dDEVICEHEIGHTPOINTS=%d", defaultHeight), "-dTextAlphaBits=1",
           "-dGraphicsAlphaBits=1"});
+    int exitCode = 0;
+    const int code = gsapi_run_string(m_instance, printerResources, 0, &exitCode);
+    if (code < 0)
+        fail(code);
 }
 
 void Ghostscript::open(const std::vector<std::string>& options)
@@ -229,11 +237,14 @@ int Ghostscript::run()
 JobFacts Ghostscript::analyze(BodyReader& reader, int tolerance)
 {
     start();
+    const PageSize media = documentMedia(reader);
     m_pages->begin(reader, tolerance);
     const int code = run();
     if (code < 0 && m_pages->facts().pageCount() == 0)
         fail(code);
-    return m_pages->facts();
+    JobFacts facts = m_pages->facts();
+    facts.suggestSize(media);
+    return facts;
 }
 
 int Ghostscript::finish()

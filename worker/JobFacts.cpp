@@ -49,6 +49,12 @@ void JobFacts::addPage(PageClass pageClass, PageSize size)
     takeSize(size);
 }
 
+void JobFacts::suggestSize(PageSize size)
+{
+    if (area(m_size) == 0)
+        m_size = size;
+}
+
 void JobFacts::setCopies(std::int32_t copies)
 {
     m_copies = std::max(m_copies, copies);

@@ -23,6 +23,8 @@ class JobFacts
 public:
     /// Counts a page.
     void addPage(PageClass pageClass, PageSize size);
+    /// Takes a size if none of the pages told one.
+    void suggestSize(PageSize size);
     /// Takes the greater number of copies. Numbers below 1 say nothing.
     void setCopies(std::int32_t copies);
     /// Adds the pages of another body of the same job.
