@@ -4,6 +4,7 @@
 #include <cmath>
 #include <memory>
 #include <mupdf/pdf.h>
+#include <string_view>
 
 #include "JobParser/JobFile.h"
 #include "worker/BodyReader.h"
@@ -103,10 +104,17 @@ Picture pictureOf(const fz_pixmap* pixmap, const ConvertRequest& request)
     return {pixmap->samples, pixmap->w, pixmap->h, pixmap->n, static_cast<int>(dpiOf(request))};
 }
 
+void requirePages(int count)
+{
+    if (count == 0)
+        throw WorkerException(ErrorCode::BadDocument, "The job has no pages");
+}
+
 int writePictures(fz_context* context, const PageSource& pages, const ConvertRequest& request,
                   const std::string& path)
 {
-    return pages.forEach(request.pageCount, [&, number = 0](fz_document*, fz_page* page, int) mutable {
+    int number = 0;
+    pages.forEach(request.pageCount, [&](fz_document*, fz_page* page, int) {
         const FitzPixmap pixmap = render(context, page, request);
         const std::string file = numberedPath(path, ++number);
         if (request.format == ConversionFormat::Jpeg) {
@@ -120,16 +128,19 @@ int writePictures(fz_context* context, const PageSource& pages, const ConvertReq
             fz_save_pixmap_as_png(context, pixmap.get(), name);
         });
     });
+    requirePages(number);
+    return number;
 }
 
 void writeTiff(fz_context* context, const PageSource& pages, const ConvertRequest& request,
                const std::string& path)
 {
     TiffWriter writer(path);
-    pages.forEach(request.pageCount, [&](fz_document*, fz_page* page, int) {
+    const int count = pages.forEach(request.pageCount, [&](fz_document*, fz_page* page, int) {
         const FitzPixmap pixmap = render(context, page, request);
         writer.add(pictureOf(pixmap.get(), request));
     });
+    requirePages(count);
     writer.close();
 }
 
@@ -232,8 +243,7 @@ void writePdf(fz_context* context, const PageSource& pages, const ConvertRequest
     const int count = pages.forEach(request.pageCount, [&](fz_document* document, fz_page* page, int index) {
         maker.add(document, page, index);
     });
-    if (count == 0)
-        throw WorkerException(ErrorCode::BadDocument, "The job has no pages");
+    requirePages(count);
     maker.save(path);
 }
 
@@ -242,6 +252,18 @@ std::vector<std::string> grayOptions(bool forceMono)
     if (!forceMono)
         return {};
     return {"-sColorConversionStrategy=Gray", "-sProcessColorModel=DeviceGray"};
+}
+
+// Requests to convert do not tell the language, and documents may stand behind a few bytes of something else.
+Pdl guessLanguage(JobFile& file)
+{
+    constexpr std::size_t longestJunk = 1024;
+    const auto bytes = file.window();
+    const std::string_view start(reinterpret_cast<const char*>(bytes.data()),
+                                 std::min(bytes.size(), longestJunk));
+    if (start.find("%PDF-") != std::string_view::npos)
+        return Pdl::Pdf;
+    return start.find("%!") != std::string_view::npos ? Pdl::PostScript : Pdl::Unknown;
 }
 
 } // namespace
@@ -257,7 +279,7 @@ int Converter::convert(const ConvertRequest& request, const Encryption& encrypti
     openJob(file, request.jobPath, encryption);
     PageSource pages(m_context, file, m_folder);
     bool isFound = false;
-    for (const Body& body : BodyFinder(file, Pdl::Unknown).find()) {
+    for (const Body& body : BodyFinder(file, guessLanguage(file)).find()) {
         if (!isPaintedLanguage(body.pdl))
             continue;
         pages.add(body);

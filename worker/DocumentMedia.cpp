@@ -43,7 +43,8 @@ PageSize documentMedia(BodyReader& reader)
     const std::string_view header(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     PageSize size;
     const std::size_t place = header.find(keyword);
-    if (place != std::string_view::npos && (place == 0 || header[place - 1] == '\n' || header[place - 1] == '\r')) {
+    if (place != std::string_view::npos &&
+        (place == 0 || header[place - 1] == '\n' || header[place - 1] == '\r')) {
         const std::string_view rest = header.substr(place + keyword.size());
         size = sizeOf(rest.substr(0, rest.find_first_of("\r\n")));
     }

@@ -33,7 +33,8 @@ constexpr int defaultHeight = 851;
 constexpr unsigned displayFormat = unsigned{DISPLAY_COLORS_RGB} | unsigned{DISPLAY_DEPTH_8};
 
 // What drivers take for granted, since their printers have it. It does nothing.
-constexpr const char* printerResources = "/RDeviceProcSet << /SetBannerPage {pop} >> /ProcSet defineresource pop";
+constexpr const char* printerResources =
+    "/RDeviceProcSet << /SetBannerPage {pop} >> /ProcSet defineresource pop";
 
 /// The end of what Ghostscript says, for messages about failures.
 constexpr std::size_t mostSaid = 500;

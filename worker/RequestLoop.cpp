@@ -68,12 +68,14 @@ bool isEmpty(const std::string& line)
 void answerRequests(Service& service, int input, int output)
 {
     LineReader reader(input);
+    service.prepare();
     while (const std::optional<std::string> line = reader.next()) {
         if (isEmpty(*line))
             continue;
         const std::optional<std::string> reply = service.answer(*line);
         if (!reply || !writeAll(output, *reply + '\n'))
             return;
+        service.prepare();
     }
 }
 

@@ -1,5 +1,6 @@
 #include "worker/Sandbox.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -11,8 +12,8 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
-#include "worker/Descriptor.h"
 #include "worker/WorkerException.h"
 
 #include "Torv/SystemError.h"
@@ -26,7 +27,18 @@ namespace
 constexpr char saysText = 'T';
 constexpr char saysError = 'E';
 
-constexpr std::size_t longestReply = std::size_t{1} << 20;
+constexpr std::int64_t longestPoll = 1 << 30;
+
+// For a request that may come whenever it likes.
+constexpr std::chrono::milliseconds longestWait = std::chrono::hours(24 * 3650);
+
+constexpr std::size_t longestMessage = std::size_t{4} << 20;
+
+/// What one process says to the other; a NUL tells that nothing was cut off.
+struct Message {
+    std::string text;
+    bool isWhole = false;
+};
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool limitsMemory = false; // The sanitizer's own map takes terabytes of address space.
@@ -51,10 +63,10 @@ std::string errorReply(int code, const char* message)
     return saysError + std::to_string(code) + ' ' + message;
 }
 
-std::string replyOf(const std::function<std::string()>& work)
+std::string replyOf(const Sandbox::Work& work, const std::string& request)
 {
     try {
-        return saysText + work();
+        return saysText + work(request);
     } catch (const WorkerException& error) {
         return errorReply(error.code(), error.what());
     } catch (const std::bad_alloc&) {
@@ -64,27 +76,34 @@ std::string replyOf(const std::function<std::string()>& work)
     }
 }
 
-/// What the child said; nothing if it did not end in time.
-std::optional<std::string> readAll(int input, std::chrono::milliseconds wall)
+/// The text that comes up to a NUL, without it; less if the other side closed; nothing if it did not come in
+/// time.
+std::optional<Message> receive(int input, std::chrono::milliseconds wall)
 {
     const auto deadline = std::chrono::steady_clock::now() + wall;
-    std::string text;
+    Message message;
     std::array<char, 4096> buffer;
-    while (text.size() <= longestReply) {
+    while (message.text.size() <= longestMessage) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
             deadline - std::chrono::steady_clock::now());
         if (left.count() <= 0)
             return std::nullopt;
         pollfd entry{input, POLLIN, 0};
-        if (::poll(&entry, 1, static_cast<int>(left.count())) <= 0)
+        if (::poll(&entry, 1, static_cast<int>(std::min<std::int64_t>(left.count(), longestPoll))) <= 0)
             continue;
         const ssize_t count = ::read(input, buffer.data(), buffer.size());
         if (count == 0)
             break;
-        if (count > 0)
-            text.append(buffer.data(), static_cast<std::size_t>(count));
+        if (count < 0)
+            continue;
+        message.text.append(buffer.data(), static_cast<std::size_t>(count));
+        if (message.text.back() == '\0') {
+            message.text.pop_back();
+            message.isWhole = true;
+            break;
+        }
     }
-    return text;
+    return message;
 }
 
 int waitFor(pid_t child)
@@ -98,7 +117,7 @@ int waitFor(pid_t child)
 [[noreturn]] void failByStatus(int status)
 {
     if (WIFSIGNALED(status) && (WTERMSIG(status) == SIGXCPU || WTERMSIG(status) == SIGKILL))
-        throw WorkerException(ErrorCode::Limit, "The job takes more time than it may");
+        throw WorkerException(ErrorCode::Limit, "The job takes more time or memory than it may");
     if (WIFSIGNALED(status))
         throw WorkerException(ErrorCode::Failed,
                               "The job ended its process by signal " + std::to_string(WTERMSIG(status)));
@@ -116,41 +135,82 @@ std::string textOf(const std::string& reply)
 
 } // namespace
 
-std::string Sandbox::run(const std::function<std::string()>& work) const
+Sandbox::~Sandbox()
 {
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0)
-        throw WorkerException(ErrorCode::Failed, Torv::systemError(errno));
-    Descriptor input(ends[0]);
-    Descriptor output(ends[1]);
-    const pid_t child = ::fork();
-    if (child < 0)
-        throw WorkerException(ErrorCode::Failed, Torv::systemError(errno));
-    if (child == 0)
-        runChild(output.get(), work);
-    ::setpgid(child, child);
-    output.close();
-    const std::optional<std::string> reply = readAll(input.get(), m_limits.wall);
-    // Programs that the child started end with it.
-    ::kill(-child, SIGKILL);
-    const bool isWhole = reply && !reply->empty() && reply->back() == '\n';
-    const int status = waitFor(child);
-    if (!reply)
-        throw WorkerException(ErrorCode::Limit, "The job takes more time than it may");
-    if (!isWhole)
-        failByStatus(status);
-    return textOf(reply->substr(0, reply->size() - 1));
+    m_requests.close();
+    if (m_child > 0)
+        m_ended = end(m_child);
+    bury();
 }
 
-void Sandbox::runChild(int output, const std::function<std::string()>& work) const
+void Sandbox::prepare()
+{
+    bury();
+    if (m_child > 0)
+        return;
+    std::array<int, 2> requests{};
+    std::array<int, 2> replies{};
+    if (::pipe2(requests.data(), O_CLOEXEC) != 0)
+        throw WorkerException(ErrorCode::Failed, Torv::systemError(errno));
+    Descriptor input(requests[0]);
+    m_requests = Descriptor(requests[1]);
+    if (::pipe2(replies.data(), O_CLOEXEC) != 0)
+        throw WorkerException(ErrorCode::Failed, Torv::systemError(errno));
+    m_replies = Descriptor(replies[0]);
+    Descriptor output(replies[1]);
+    m_child = ::fork();
+    if (m_child < 0)
+        throw WorkerException(ErrorCode::Failed, Torv::systemError(errno));
+    if (m_child == 0)
+        runChild(input.get(), output.get());
+    ::setpgid(m_child, m_child);
+}
+
+std::string Sandbox::run(const std::string& request)
+{
+    prepare();
+    std::string message = request;
+    message += '\0';
+    const pid_t child = std::exchange(m_child, -1);
+    // If it cannot be told it is gone, which shows when it does not answer.
+    writeAll(m_requests.get(), message);
+    const std::optional<Message> reply = receive(m_replies.get(), m_limits.wall);
+    m_ended = end(child);
+    if (reply && reply->isWhole && !reply->text.empty())
+        return textOf(reply->text);
+    const int status = waitFor(std::exchange(m_ended, -1));
+    if (!reply)
+        throw WorkerException(ErrorCode::Limit, "The job takes more time or memory than it may");
+    failByStatus(status);
+}
+
+// Ends the child with all programs that it started. It is waited for later.
+pid_t Sandbox::end(pid_t child)
+{
+    ::kill(-child, SIGKILL);
+    return child;
+}
+
+void Sandbox::bury()
+{
+    if (m_ended > 0)
+        waitFor(m_ended);
+    m_ended = -1;
+}
+
+void Sandbox::runChild(int input, int output) const
 {
     ::setpgid(0, 0);
     // Nobody would end the child if this process were killed.
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     applyLimits();
-    // The line feed tells that nothing was cut off.
-    const std::string reply = replyOf(work) + '\n';
-    writeAll(output, reply);
+    const std::optional<Message> request = receive(input, longestWait);
+    if (request && request->isWhole) {
+        std::string reply = replyOf(m_work, request->text);
+        std::replace(reply.begin(), reply.end(), '\0', ' ');
+        reply += '\0';
+        writeAll(output, reply);
+    }
     ::_exit(0);
 }
 

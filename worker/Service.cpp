@@ -13,6 +13,9 @@ namespace JobParser::Worker
 namespace
 {
 
+// Stands in no line of a request.
+constexpr char separator = '\n';
+
 std::string errorReply(const Torv::GenericException& error, bool isConversion)
 {
     Torv::Json::Object reply;
@@ -25,7 +28,11 @@ std::string errorReply(const Torv::GenericException& error, bool isConversion)
 
 } // namespace
 
-Service::Service(const ServiceOptions& options) : m_options(options) {}
+Service::Service(const ServiceOptions& options)
+    : m_options(options),
+      m_sandbox(options.limits, [this](const std::string& message) { return work(message); })
+{
+}
 
 Service::~Service() = default;
 
@@ -44,7 +51,7 @@ std::optional<std::string> Service::answer(const std::string& text)
             return std::nullopt;
         isConversion = std::holds_alternative<ConvertRequest>(request);
         if (isConversion)
-            return convert(std::get<ConvertRequest>(request));
+            return convert(std::get<ConvertRequest>(request), text);
         return parse(std::get<ParseRequest>(request), text);
     } catch (const Torv::GenericException& error) {
         return errorReply(error, isConversion);
@@ -60,22 +67,39 @@ std::string Service::parse(const ParseRequest& request, const std::string& text)
             m_postScript = std::make_unique<ServiceProcess>(m_options);
         return m_postScript->ask(text);
     }
-    return Sandbox(m_options.limits).run([&] {
-        return JobAnalyzer(m_fitz.get(), m_ghostscript).analyze(request, m_options.encryption).toJson();
-    });
+    return m_sandbox.run(text);
 }
 
-std::string Service::convert(const ConvertRequest& request)
+std::string Service::convert(const ConvertRequest& request, const std::string& text)
 {
     // The child is killed without a chance to tidy up, so that this process makes and removes its files.
-    OutputFolder folder(request.outPath);
-    const std::string count = Sandbox(m_options.limits).run([&] {
-        return std::to_string(Converter(m_fitz.get(), folder.path()).convert(request, m_options.encryption));
-    });
+    const OutputFolder folder(request.outPath);
+    const std::string count = m_sandbox.run(text + separator + folder.path());
     folder.publish(request.outPath, Torv::atoi(count));
     Torv::Json::Object reply;
     reply.add("success", true);
     return reply.take();
+}
+
+// What the child does: the text of a request, and for conversions the folder to write to behind it.
+std::string Service::work(const std::string& message)
+{
+    const std::size_t end = message.find(separator);
+    const Request request = readRequest(message.substr(0, end));
+    if (const auto* parsing = std::get_if<ParseRequest>(&request))
+        return JobAnalyzer(m_fitz.get(), m_ghostscript).analyze(*parsing, m_options.encryption).toJson();
+    const std::string folder = message.substr(end + 1);
+    const auto& conversion = std::get<ConvertRequest>(request);
+    return std::to_string(Converter(m_fitz.get(), folder).convert(conversion, m_options.encryption));
+}
+
+void Service::prepare()
+{
+    try {
+        m_sandbox.prepare();
+    } catch (const WorkerException&) {
+        // The request that comes next tries again, and has somebody to tell.
+    }
 }
 
 } // namespace JobParser::Worker

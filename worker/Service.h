@@ -34,19 +34,24 @@ public:
     /// The answer to a request as one line of JSON, without its end; nothing if the request is to end.
     std::optional<std::string> answer(const std::string& request);
 
+    /// Gets ready for the next request while nobody waits.
+    void prepare();
+
     /// Starts Ghostscript in this process, which answers requests for PostScript itself from then on. Throws
     /// WorkerException.
     void warmUp();
 
 private:
     std::string parse(const ParseRequest& request, const std::string& text);
-    std::string convert(const ConvertRequest& request);
+    std::string convert(const ConvertRequest& request, const std::string& text);
+    std::string work(const std::string& message);
 
     ServiceOptions m_options;
     FitzContext m_fitz;
     Ghostscript m_ghostscript;
     bool m_isWarm = false;
     std::unique_ptr<ServiceProcess> m_postScript;
+    Sandbox m_sandbox;
 };
 
 } // namespace JobParser::Worker

@@ -100,6 +100,7 @@ void ServiceProcess::serve(int socket) const
         while (const std::optional<std::string> request = receiveText(socket)) {
             if (!sendText(socket, service.answer(*request).value_or("")))
                 break;
+            service.prepare();
         }
     } catch (const std::exception&) {
         // The asking side sees that the socket is closed.
