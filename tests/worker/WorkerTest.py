@@ -1,0 +1,100 @@
+"""What the worker promises as a process: a line for a line, and an end in time."""
+
+import base64
+import json
+import os
+import pathlib
+import subprocess
+import tempfile
+import unittest
+
+WORKER = os.environ["JOBPARSER_WORKER"]
+PCL = b"\x1bEtext\x0c\x1bE"
+
+
+class WorkerTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def job(self, data, name="job"):
+        (self.folder / name).write_bytes(data)
+        return str(self.folder / name)
+
+    def talk(self, text, *arguments, status=0):
+        done = subprocess.run([WORKER, *arguments], input=text, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                              timeout=120, check=False)
+        self.assertEqual(done.returncode, status, done.stderr)
+        return done.stdout
+
+    @staticmethod
+    def parse(path, pdl=1):
+        return json.dumps({"command": "parse", "pdl": pdl, "jobPath": path, "grayscaleTolerance": 0}).encode() + b"\n"
+
+    def replies(self, text, *arguments):
+        return [json.loads(line) for line in self.talk(text, *arguments).splitlines()]
+
+    def test_answers_each_line_with_a_line(self):
+        path = self.job(PCL)
+        replies = self.replies(self.parse(path) * 3)
+        self.assertEqual([reply["monoCount"] for reply in replies], [1, 1, 1])
+        self.assertEqual(list(replies[0]), ["errorCode", "errorMessage", "blankCount", "monoCount", "grayCount",
+                                            "colorCount", "copies", "pageWidth", "pageHeight"])
+
+    def test_ends_by_the_command(self):
+        text = b'{"command":"exit"}\n' + self.parse(self.job(PCL))
+        self.assertEqual(self.talk(text), b"")
+
+    def test_ends_with_its_input(self):
+        self.assertEqual(self.talk(b""), b"")
+        self.assertEqual(self.talk(b"\n\r\n"), b"")
+
+    def test_answers_a_last_line_without_an_end(self):
+        self.assertEqual(self.replies(self.parse(self.job(PCL)).rstrip())[0]["monoCount"], 1)
+
+    def test_answers_nonsense_and_goes_on(self):
+        text = b"\x00\xff\n[1\n" + b"x" * 3000000 + b"\n" + self.parse(self.job(PCL))
+        replies = self.replies(text)
+        self.assertEqual([reply["errorCode"] for reply in replies], [1, 1, 1, 0])
+
+    def test_reads_encrypted_jobs(self):
+        key, vector = bytes(range(16)), bytes(range(16, 32))
+        plain = self.job(PCL, "plain")
+        path = str(self.folder / "encrypted")
+        subprocess.run(["openssl", "enc", "-aes-128-cbc", "-K", key.hex(), "-iv", vector.hex(), "-in", plain, "-out",
+                        path], check=True)
+        options = json.dumps({"algorithm": 1, "key": base64.b64encode(key).decode(),
+                              "iv": base64.b64encode(vector).decode()})
+        for text in (options, json.dumps(options)):
+            self.assertEqual(self.replies(self.parse(path), "e", text)[0]["monoCount"], 1)
+
+    def test_rejects_a_wrong_command_line(self):
+        self.talk(b"", "--nothing", "1", status=2)
+        self.assertIn(b"Usage", self.talk(b"", "--help"))
+
+    def test_ends_jobs_without_end(self):
+        path = self.job(b"%!PS\n{} loop\n")
+        replies = self.replies(self.parse(path, 2) + self.parse(self.job(PCL, "good")), "--seconds", "1")
+        self.assertEqual([reply["errorCode"] for reply in replies], [5, 0])
+
+    def test_engines_print_nothing_into_the_answers(self):
+        path = self.job(b"%!PS\n(noise\\n) print flush 0 0 9 9 rectfill showpage\n")
+        self.assertEqual(self.replies(self.parse(path, 2))[0]["monoCount"], 1)
+
+    def test_leaves_no_process_behind(self):
+        path = self.job(b"%!PS\nshowpage\n")
+        process = subprocess.Popen([WORKER], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        process.stdin.write(self.parse(path, 2))
+        process.stdin.flush()
+        self.assertEqual(json.loads(process.stdout.readline())["blankCount"], 1)
+        process.kill()
+        # The output closes when the last process that holds it has ended.
+        self.assertEqual(process.stdout.read(), b"")
+        process.stdin.close()
+        process.stdout.close()
+        process.wait()
+
+
+if __name__ == "__main__":
+    unittest.main()
