@@ -1,6 +1,7 @@
 #include "worker/Ghostscript.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <ghostscript/gdevdsp.h>
@@ -38,6 +39,14 @@ constexpr const char* printerResources =
 
 /// The end of what Ghostscript says, for messages about failures.
 constexpr std::size_t mostSaid = 500;
+
+// Where no file can be made.
+constexpr const char* noFolder = "/dev/null";
+
+std::string folderOf(const std::string& path)
+{
+    return path.substr(0, path.rfind('/') + 1);
+}
 
 // In names of output files a per cent sign stands for the number of the page.
 std::string outputOption(const std::string& path)
@@ -191,15 +200,18 @@ void Ghostscript::start()
           Torv::format("-dDisplayFormat=%u", displayFormat),
           Torv::format("-dDEVICEWIDTHPOINTS=%d", defaultWidth),
           Torv::format("-dDEVICEHEIGHTPOINTS=%d", defaultHeight), "-dTextAlphaBits=1",
-          "-dGraphicsAlphaBits=1"});
+          "-dGraphicsAlphaBits=1", "-dMaxBitmap=2147483647"},
+         noFolder);
     int exitCode = 0;
     const int code = gsapi_run_string(m_instance, printerResources, 0, &exitCode);
     if (code < 0)
         fail(code);
 }
 
-void Ghostscript::open(const std::vector<std::string>& options)
+void Ghostscript::open(const std::vector<std::string>& options, const std::string& temporaryFolder)
 {
+    // Jobs may do what they like in the folder of temporary files, so that it must not be everybody's.
+    ::setenv("TMPDIR", temporaryFolder.c_str(), 1);
     m_pages = std::make_unique<Pages>();
     if (gsapi_new_instance(&m_instance, m_pages.get()) < 0) {
         m_instance = nullptr;
@@ -261,7 +273,7 @@ void Ghostscript::convert(BodyReader& reader, const std::vector<std::string>& op
 {
     std::vector<std::string> arguments = options;
     arguments.push_back(outputOption(outPath));
-    open(arguments);
+    open(arguments, folderOf(outPath));
     m_pages->begin(reader, 0);
     const int code = run();
     const int exitCode = finish();
@@ -275,7 +287,7 @@ void Ghostscript::convertFile(const std::string& inPath, const std::vector<std::
     std::vector<std::string> arguments = options;
     arguments.push_back(outputOption(outPath));
     arguments.push_back(inPath);
-    open(arguments);
+    open(arguments, folderOf(outPath));
     const int code = finish();
     if (code < 0)
         fail(code);

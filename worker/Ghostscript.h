@@ -14,7 +14,8 @@ class BodyReader;
 /// The PostScript interpreter of Ghostscript, kept from files, programs and the network (-dSAFER).
 ///
 /// It runs one job and is not to be used again: a job may change whatever it likes in it. What is wanted for
-/// each job is a copy of a process in which it was started. There is one in a process.
+/// each job is a copy of a process in which it was started. There is one in a process, whose environment it
+/// changes.
 class Ghostscript
 {
 public:
@@ -32,7 +33,8 @@ public:
 
     /// Runs a job into a file of another format, in an interpreter of its own. Throws WorkerException.
     ///
-    /// `options` are those of the command line, such as the device.
+    /// `options` are those of the command line, such as the device. Jobs may read and write all files in the
+    /// folder of `outPath`.
     void convert(BodyReader& reader, const std::vector<std::string>& options, const std::string& outPath);
     /// The same with a file, which may be PDF, too.
     void convertFile(const std::string& inPath, const std::vector<std::string>& options,
@@ -41,7 +43,7 @@ public:
 private:
     class Pages;
 
-    void open(const std::vector<std::string>& options);
+    void open(const std::vector<std::string>& options, const std::string& temporaryFolder);
     int run();
     int finish();
     [[noreturn]] void fail(int code) const;
