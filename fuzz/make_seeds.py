@@ -407,6 +407,42 @@ PDF = {
 }
 
 
+def row(data, letter=b"W"):
+    return b"\x1b*b%d%s" % (len(data), letter) + data
+
+
+def xl(tag, value, attribute):
+    return bytes([tag]) + value + bytes([0xF8, attribute])
+
+
+def xl_picture(compression, data):
+    return (xl(0xC0, b"\x02", 37) + b"\x43" + xl(0xC0, b"\x02", 3) + b"\x6a" + xl(0xC0, b"\x02", 98)
+            + xl(0xC0, b"\x00", 100) + xl(0xC1, b"\x02\x00", 108) + xl(0xC1, b"\x02\x00", 107) + b"\xb0"
+            + xl(0xC1, b"\x02\x00", 99) + xl(0xC0, bytes([compression]), 101) + b"\xb1"
+            + b"\xfa" + len(data).to_bytes(4, "little") + data + b"\xb2" + xl(0xC1, b"\x02\x00", 49) + b"\x44")
+
+
+WORKER_PCL = {
+    "empty": b"",
+    "text": b"\x1bE\x1b&l26a1o2Xtext\x0c\x1bE",
+    "planes": b"\x1b*r-3U\x1b*r1A\x1b*b2M" + row(b"\xfe\x11", b"V") + row(b"\xfe\x22", b"V") + row(b"\xfe\x33"),
+    "delta_rows": b"\x1b*r-4U\x1b*b3M" + row(b"\x1f\xff\x02\xaa", b"V") + row(b"\x21\x01\x02"),
+    "replacement_delta": b"\x1b*b9M" + row(b"\x9f\x04\xaa\x07\x01xxxxxxxxx"),
+    "adaptive": b"\x1b*b5M" + row(b"\x01\x00\x02\x03\xff\x04\x00\x05\x03\x00\x01\x01"),
+    "configured": b"\x1b*v6W\x00\x03\x08\x08\x08\x08" + row(b"\xff\x00\x00") + b"\x1b*v1a2b3c4I",
+    "inks": b"\x1b*g14W\x02\x02\x01\x2c\x01\x2c\x00\x04\x01\x2c\x01\x2c\x00\x02" + row(b"\x01"),
+    "macros": b"\x1b&f1y0Xa\x1b&f2y3X\x1b&f1X\x1b&f2y0X\x1b&f1y2X\x1b&f1X\x1b&f2X\x1b&f4X\x0c",
+    "hpgl": b"\x1b%0BIN;SP1;PU0,0;PD9,9;PE:\xc3<=\xc0\xc0;LBx\x03;PM0;PM2;FP;\x1b%0A",
+    "palettes": b"\x1b*p0P\x1b*r3U\x1b*v1S\x1b*p1Pa",
+    "xl_page": xl(0xC0, b"\x02", 37) + b"\x43" + xl(0xC8, b"\xc0\x03\xff\x00\x00", 11) + b"\x63\xa0\x44",
+    "xl_plain": xl_picture(0, b"\xff\x00\x00" * 5),
+    "xl_run_length": xl_picture(1, b"\xf1\xff\x02abc"),
+    "xl_jpeg": xl_picture(2, b"\xff\xd8\xff\xe0"),
+    "xl_delta_row": xl_picture(3, b"\x04\x00\x40\xff\xff\xff\x02\x00\x01\x00"),
+    "xl_long_array": b"\xc8\xc2\xff\xff\xff\x7fabc",
+}
+
+
 def main():
     for target, seeds in {
         "JobFuzz": JOBS,
@@ -419,6 +455,7 @@ def main():
         "PostScriptFuzz": POSTSCRIPT,
         "PrescribeFuzz": PRESCRIBE,
         "RewritingFuzz": REWRITING,
+        "WorkerPclFuzz": WORKER_PCL,
         "XpsFuzz": XPS,
     }.items():
         folder = HERE / (target + "_corpus")

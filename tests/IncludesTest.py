@@ -9,7 +9,7 @@ import re
 import tempfile
 import unittest
 
-FOUNDATION, PAPER, MODEL, LANGUAGES, FRAME, TOOLS = range(6)
+FOUNDATION, PAPER, MODEL, LANGUAGES, FRAME, TOOLS, WORKER = range(7)
 
 # The longest prefix counts. What stands directly in JobParser/ is the frame's, but for TOP_HEADERS.
 LAYERS = {
@@ -22,6 +22,7 @@ LAYERS = {
     "pdf": LANGUAGES,
     "JobParser": FRAME,
     "tools": TOOLS,
+    "worker": WORKER,
 }
 
 # Headers at the top that are implemented in a room below.
@@ -44,7 +45,7 @@ LOOKING_UP = {
     "JobParser/paper/PclXlUtils.cpp",
 }
 
-ROOTS = ("Torv", "JobParser", "pdf", "tools")
+ROOTS = ("Torv", "JobParser", "pdf", "tools", "worker")
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*["<]([^">]+)[">]', re.MULTILINE)
 
 
@@ -113,6 +114,8 @@ class Reader(unittest.TestCase):
             ("JobParser/Parser.cpp", "tools/Subcommands.h"),
             ("JobParser/model/Job.cpp", "JobParser/xps/ChunkXps.h"),
             ("JobParser/xps/XpsParser.cpp", "JobParser/Parser.h"),
+            ("JobParser/ExtJobProcessor.cpp", "worker/Request.h"),
+            ("tools/main.cpp", "worker/Service.h"),
         ):
             with self.subTest(f"{path} includes {included}"):
                 self.assertEqual(self.includes(path, f'#include "{included}"\n'), [included])
@@ -131,6 +134,7 @@ class Reader(unittest.TestCase):
             ("JobParser/Library.cpp", "JobParser/pclxl/JobChunkPclXLRaw.h"),
             ("tools/main.cpp", "JobParser/Parser.h"),
             ("JobParser/xps/XpsParser.cpp", "JobParser/JobFile.h"),
+            ("worker/BodyFinder.cpp", "JobParser/model/GlobalParser.h"),
         ):
             with self.subTest(f"{path} includes {included}"):
                 self.assertEqual(self.includes(path, f'#include "{included}"\n'), [])
