@@ -502,6 +502,7 @@ TEST(Pcl5Parser, FindsTheFirstPageBehindTheLastSetupBeforeAFormFeed)
     EXPECT_EQ(parsed("\x1B&l1Xab\x1B&l2Acd\f"), "&l1X, Raw 5+2, &l2A, Raw 12+2, FF | 3");
     EXPECT_EQ(parsed("\x1B&l1X\f\x1B&l2A"), "&l1X, FF, &l2A | 1");
     EXPECT_EQ(parsed("ab\f\x1B&l2A"), "Raw 0+2, FF, &l2A | 0");
+    EXPECT_EQ(parsed("!R!EXIT;\x1B&l2A\f"), "Prescribe 0+8, &l2A, FF | 2") << "a block is no page";
     EXPECT_EQ(parsed("\x1B&l1a1o1h0e"
                      "0O"),
               "&l1A, &l1O, &l1H, &l0E, &l0O | 1");

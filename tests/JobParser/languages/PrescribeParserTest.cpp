@@ -232,6 +232,21 @@ TEST(PrescribeParser, TellsHowFarAFailedGuessLooked)
     EXPECT_EQ(near.parser.noBlockBefore(), 503 - 99);
 }
 
+TEST(PrescribeParser, FindsABlockWhoseEndStandsWhereAFailedGuessLookedNoFurther)
+{
+    constexpr std::size_t lookAhead = 65536;
+    for (std::size_t end = lookAhead - 8; end <= lookAhead + 12; ++end) {
+        std::string text = "!R!" + std::string(end - 3, 'x') + "EXIT;";
+        text.replace(end - 99, 3, "!R!");
+        Reading reading(text);
+        EXPECT_FALSE(reading.parser.guessPrescribe()) << end;
+        reading.job.file.setPos(static_cast<std::int64_t>(end) - 99);
+
+        EXPECT_TRUE(reading.parser.guessPrescribe()) << end;
+        EXPECT_LE(reading.parser.noBlockBefore(), reading.job.file.m_offset) << end;
+    }
+}
+
 TEST(PrescribeParser, MakesOneChunkOfABlock)
 {
     Reading reading("!R! RES; EXIT;"sv);
