@@ -92,12 +92,12 @@ void Library::init(const Options& options)
     const std::lock_guard initialising(initMutex);
     if (!m_inited)
         registerChunkClasses();
+    m_inited = true;
     auto processor = std::make_shared<ExtJobProcessor>(poolOptionsOf(options));
     {
         const std::lock_guard lock(processorMutex);
         m_extJobProcessor.swap(processor);
     }
-    m_inited = true;
 }
 
 ExtJobProcessor& Library::extJobProcessor()

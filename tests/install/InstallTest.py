@@ -77,6 +77,11 @@ class Installed(unittest.TestCase):
         self.assertEqual(
             [name for name in needed if re.match("lib(stdc|JobParser|simdjson|re2|crypto|ssl)", name)], [])
 
+    def test_library_loads_no_ciphers_before_it_decrypts(self):
+        entries = run("readelf", "--dynamic", "--wide", self.library).decode()
+
+        self.assertNotRegex(entries, r"\(NEEDED\).*\[lib(crypto|ssl)")
+
     def test_serves_a_cpp_program_by_its_cmake_package(self):
         build = self.folder / "cpp"
         run(CMAKE, "-S", CONSUMERS / "cpp", "-B", build, "-G", "Ninja", f"-DCMAKE_PREFIX_PATH={self.prefix}")
