@@ -40,7 +40,7 @@ void ProcessPool::start(const Options& options)
     countForks();
     auto started = std::make_shared<Running>(options);
     const std::lock_guard lock(m_mutex);
-    m_running = std::move(started);
+    m_running.swap(started); // If another start came in between, its pool ends behind the lock.
     m_forkDepth = forkDepth.load();
     m_stopWait = options.stopWait;
 }
