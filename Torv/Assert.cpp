@@ -6,6 +6,7 @@
 #include <cstring>
 #include <sys/uio.h>
 #include <unistd.h>
+#include <utility>
 
 namespace Torv
 {
@@ -14,6 +15,9 @@ namespace
 
 /// Null stands for the default.
 constinit std::atomic<AssertionHandler> installedHandler = nullptr;
+
+/// Null stands for that of the process.
+constinit thread_local AssertionHandler threadHandler = nullptr;
 
 iovec piece(const char* text)
 {
@@ -37,9 +41,19 @@ AssertionHandler setAssertionHandler(AssertionHandler handler) noexcept
     return installedHandler.exchange(handler);
 }
 
+ScopedAssertionHandler::ScopedAssertionHandler(AssertionHandler handler) noexcept
+    : m_former(std::exchange(threadHandler, handler))
+{
+}
+
+ScopedAssertionHandler::~ScopedAssertionHandler()
+{
+    threadHandler = m_former;
+}
+
 void assertFailed(const char* expression, const char* file, const char* function)
 {
-    const AssertionHandler handler = installedHandler.load();
+    const AssertionHandler handler = threadHandler != nullptr ? threadHandler : installedHandler.load();
     if (handler != nullptr)
         handler(expression, file, function);
     else

@@ -16,7 +16,23 @@ using AssertionHandler = void (*)(const char* expression, const char* file, cons
 /// default, which prints the three texts to standard error and aborts. Gives the former handler.
 TORV_EXPORT AssertionHandler setAssertionHandler(AssertionHandler handler) noexcept;
 
-/// Reports a failed assertion to the handler. Does not return; throws what the handler throws.
+/// Gives the thread that makes it a handler of its own while it lives, before that of the process: for a host
+/// that owns neither the process nor its other threads. They may be nested, and end in the reverse order.
+class TORV_EXPORT ScopedAssertionHandler
+{
+public:
+    /// Null has the thread use the handler of the process.
+    explicit ScopedAssertionHandler(AssertionHandler handler) noexcept;
+    ~ScopedAssertionHandler();
+    ScopedAssertionHandler(const ScopedAssertionHandler&) = delete;
+    ScopedAssertionHandler& operator=(const ScopedAssertionHandler&) = delete;
+
+private:
+    AssertionHandler m_former;
+};
+
+/// Reports a failed assertion to the handler of the thread or, where it has none, of the process. Does not
+/// return; throws what the handler throws.
 [[noreturn]] TORV_EXPORT void assertFailed(const char* expression, const char* file, const char* function);
 
 } // namespace Torv

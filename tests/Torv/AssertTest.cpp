@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 namespace
 {
@@ -11,6 +12,11 @@ namespace
 [[noreturn]] void throwTexts(const char* expression, const char* file, const char* function)
 {
     throw std::runtime_error(std::string(expression) + "|" + file + "|" + function);
+}
+
+[[noreturn]] void throwNumber(const char*, const char*, const char*)
+{
+    throw 1;
 }
 
 void comeBack(const char*, const char*, const char*) {}
@@ -71,6 +77,67 @@ TEST(Assert, GivesTheFormerHandlerWhenANewOneIsInstalled)
 
     EXPECT_EQ(Torv::setAssertionHandler(comeBack), throwTexts);
     EXPECT_EQ(Torv::setAssertionHandler(throwTexts), comeBack);
+}
+
+TEST(ScopedAssertionHandler, ComesBeforeTheHandlerOfTheProcess)
+{
+    const Handler handler(comeBack);
+    const Torv::ScopedAssertionHandler scoped(throwTexts);
+
+    EXPECT_THROW(checkPositive(0), std::runtime_error);
+}
+
+TEST(ScopedAssertionHandler, GivesTheFormerOneBackWhenItEnds)
+{
+    const Torv::ScopedAssertionHandler outer(throwTexts);
+    {
+        const Torv::ScopedAssertionHandler inner(throwNumber);
+        EXPECT_THROW(checkPositive(0), int);
+    }
+
+    EXPECT_THROW(checkPositive(0), std::runtime_error);
+}
+
+TEST(ScopedAssertionHandler, LeavesItsThreadToTheProcessWhereItIsNull)
+{
+    const Handler handler(throwTexts);
+    const Torv::ScopedAssertionHandler outer(throwNumber);
+    const Torv::ScopedAssertionHandler inner(nullptr);
+
+    EXPECT_THROW(checkPositive(0), std::runtime_error);
+}
+
+TEST(ScopedAssertionHandler, LeavesOtherThreadsAlone)
+{
+    const Handler handler(throwTexts);
+    const Torv::ScopedAssertionHandler scoped(throwNumber);
+    bool toldTheProcess = false;
+
+    std::thread([&] {
+        try {
+            checkPositive(0);
+        } catch (const std::runtime_error&) {
+            toldTheProcess = true;
+        }
+    }).join();
+
+    EXPECT_TRUE(toldTheProcess);
+}
+
+TEST(AssertDeathTest, AbortsBehindAScopedHandlerThatEnded)
+{
+    {
+        const Torv::ScopedAssertionHandler scoped(throwTexts);
+    }
+
+    EXPECT_EXIT(checkPositive(0), testing::KilledBySignal(SIGABRT), "Assertion failed: number > 0");
+}
+
+TEST(AssertDeathTest, AbortsIfAScopedHandlerReturns)
+{
+    const Torv::ScopedAssertionHandler scoped(comeBack);
+
+    EXPECT_EXIT(checkPositive(0), testing::KilledBySignal(SIGABRT), "^$");
 }
 
 TEST(AssertDeathTest, PrintsTheThreeTextsAndAbortsByDefault)
