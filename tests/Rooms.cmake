@@ -22,6 +22,7 @@ add_room_tests(TorvTests
     Torv/Async/ProcessPool/ProcessPoolTest.cpp
     Torv/Async/ProcessPool/ProcessTest.cpp
     Torv/Async/ProcessPool/WorkerTest.cpp
+    Torv/VersionedStructTest.cpp
     Torv/Data/FileReaderTest.cpp
     Torv/Data/IniFileTest.cpp
     Torv/FileSystem/FileTest.cpp
@@ -29,6 +30,8 @@ add_room_tests(TorvTests
     Torv/IO/FileStreamTest.cpp
     Torv/IO/IStreamTest.cpp
     Torv/IO/MemoryMappedFileTest.cpp
+    Torv/IO/OutputFileTest.cpp
+    Torv/IO/OutputSignalsTest.cpp
     Torv/IO/StringStreamTest.cpp
     Torv/Json/ArrayTest.cpp
     Torv/Json/IJsonableTest.cpp
@@ -64,6 +67,7 @@ add_room_tests(ModelTests
     JobParser/model/JobTest.cpp
     JobParser/model/PdlTest.cpp
     JobParser/model/ReflectionTest.cpp
+    JobParser/model/RewriteStepTest.cpp
     JobParser/model/SerializationContextTest.cpp
     JobParser/model/ShrinkingListTest.cpp
     JobParser/model/UnexpectedEndOfFileExceptionTest.cpp
@@ -110,6 +114,8 @@ add_room_tests(PclXlTests
 add_room_tests(FrameTests
     JobParser/ExternalParserTest.cpp
     JobParser/ExtJobProcessorTest.cpp
+    JobParser/ChunkPlacesTest.cpp
+    JobParser/JobParserCTest.cpp
     JobParser/LibraryTest.cpp
     JobParser/ParseJobInfoTest.cpp
     JobParser/ParserTest.cpp)

@@ -377,7 +377,7 @@ std::optional<Answer> Reader::takeOption(const OptionRow& row)
 std::optional<Answer> Reader::takeStep(const RewriteStepRow& row, int argc, char** argv)
 {
     const std::string name = "--" + std::string(row.name);
-    RewriteStep step{row.apply, row.first != nullptr ? optarg : "", {}};
+    RewriteStep step{row.kind, row.first != nullptr ? optarg : "", {}};
     if (row.second != nullptr) {
         if (optind >= argc)
             return wrongHere(name + " needs " + row.first + " and " + row.second + " behind it");

@@ -4,14 +4,10 @@
 #include <charconv>
 #include <optional>
 
-#include "JobParser/Job.h"
-
 namespace JobParser::Tool
 {
 namespace
 {
-
-constexpr const char* setCommand = "SET";
 
 bool readAsIs(RewriteStep&)
 {
@@ -20,7 +16,7 @@ bool readAsIs(RewriteStep&)
 
 bool readLanguage(RewriteStep& step)
 {
-    return PdlUtils::fromPjlEnterLang(step.first) != Pdl::Unknown;
+    return step.makesSense();
 }
 
 bool readNameAndValue(RewriteStep& step)
@@ -77,52 +73,37 @@ bool readEscapedText(RewriteStep& step)
     return true;
 }
 
-template <bool sameValueOnly, bool quoted> void insertSetting(Job& job, const RewriteStep& step)
-{
-    job.insertPjlCmd(setCommand, step.first.c_str(), step.second, sameValueOnly, quoted);
-}
-
 constexpr std::array rows = {
     RewriteStepRow{"wrap", "LANGUAGE", "NAME", "put a job without PJL into an envelope: JOB, ENTER, EOJ",
-                   readLanguage,
-                   [](Job& job, const RewriteStep& step) {
-                       job.wrapIntoPjlJob(PdlUtils::fromPjlEnterLang(step.first), step.second);
-                   }},
+                   readLanguage, RewriteStep::Kind::Wrap},
     RewriteStepRow{"job-name", "NAME", nullptr, "make NAME=\"NAME\" the whole parameter of every JOB",
-                   readAsIs, [](Job& job, const RewriteStep& step) { job.setJobName(step.first); }},
+                   readAsIs, RewriteStep::Kind::JobName},
     RewriteStepRow{"job-param", "NAME", "VALUE", "set one parameter of the first JOB and keep the others",
-                   readAsIs,
-                   [](Job& job, const RewriteStep& step) { job.setPjlJobParam(step.first, step.second); }},
+                   readAsIs, RewriteStep::Kind::JobParam},
     RewriteStepRow{"set", "NAME=VALUE", nullptr, "SET NAME=VALUE, instead of every other SET NAME",
-                   readNameAndValue, insertSetting<false, false>},
+                   readNameAndValue, RewriteStep::Kind::Set},
     RewriteStepRow{"set-quoted", "NAME=VALUE", nullptr, "the same as NAME=\"VALUE\"", readNameAndValue,
-                   insertSetting<false, true>},
+                   RewriteStep::Kind::SetQuoted},
     RewriteStepRow{"add", "NAME=VALUE", nullptr, "SET NAME=VALUE, beside a SET NAME with another value",
-                   readNameAndValue, insertSetting<true, false>},
+                   readNameAndValue, RewriteStep::Kind::Add},
     RewriteStepRow{"add-quoted", "NAME=VALUE", nullptr, "the same as NAME=\"VALUE\"", readNameAndValue,
-                   insertSetting<true, true>},
+                   RewriteStep::Kind::AddQuoted},
     RewriteStepRow{"unset", "NAME=VALUE", nullptr, "remove every SET NAME=VALUE", readNameAndValue,
-                   [](Job& job, const RewriteStep& step) {
-                       job.removePjlSetCmd(step.first.c_str(), step.second.c_str());
-                   }},
+                   RewriteStep::Kind::Unset},
     RewriteStepRow{"unset-first", "PREFIX", nullptr, "remove the first SET that begins so, case as it stands",
-                   readAsIs,
-                   [](Job& job, const RewriteStep& step) { job.removePjlSetCmd(step.first.c_str(), false); }},
+                   readAsIs, RewriteStep::Kind::UnsetFirst},
     RewriteStepRow{"unset-all", "PREFIX", nullptr, "remove every SET that begins so, case as it stands",
-                   readAsIs,
-                   [](Job& job, const RewriteStep& step) { job.removePjlSetCmd(step.first.c_str(), true); }},
+                   readAsIs, RewriteStep::Kind::UnsetAll},
     RewriteStepRow{"finishing", "TYPE", "OPTION",
                    "the four SETs of one finishing step of HP drivers, instead of one of that type", readAsIs,
-                   [](Job& job, const RewriteStep& step) {
-                       job.insertHpPjlProcessingAction(step.first.c_str(), step.second.c_str());
-                   }},
+                   RewriteStep::Kind::Finishing},
     RewriteStepRow{"pjl-code", "TEXT", nullptr,
                    "insert TEXT; \\r \\n \\t \\\\ and \\xHH in it stand for bytes", readEscapedText,
-                   [](Job& job, const RewriteStep& step) { job.insertPjlCode(step.first); }},
+                   RewriteStep::Kind::PjlCode},
     RewriteStepRow{"strip-pjl", nullptr, nullptr, "remove every PJL line and every UEL", readAsIs,
-                   [](Job& job, const RewriteStep&) { job.removePjl(); }},
+                   RewriteStep::Kind::StripPjl},
     RewriteStepRow{"strip-prescribe", nullptr, nullptr, "remove every PRESCRIBE block", readAsIs,
-                   [](Job& job, const RewriteStep&) { job.removePrescribe(); }},
+                   RewriteStep::Kind::StripPrescribe},
 };
 
 } // namespace

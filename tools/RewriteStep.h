@@ -1,23 +1,12 @@
 #pragma once
 
 #include <span>
-#include <string>
 #include <string_view>
 
-namespace JobParser
-{
-class Job;
-}
+#include "JobParser/model/RewriteStep.h"
 
 namespace JobParser::Tool
 {
-
-/// One change to a job, as `jobparser rewrite` takes it from the command line.
-struct RewriteStep {
-    void (*apply)(Job& job, const RewriteStep& step) = nullptr;
-    std::string first;  ///< A name, a prefix or a text.
-    std::string second; ///< The value or whatever else goes with it.
-};
 
 /// A kind of step, as it stands on the command line.
 struct RewriteStepRow {
@@ -26,8 +15,8 @@ struct RewriteStepRow {
     const char* second;    ///< A second argument; null if there is none.
     std::string_view help; ///< One line.
     bool (*read)(
-        RewriteStep& step); ///< Reads the arguments into what `apply` takes; false if they make no sense.
-    void (*apply)(Job& job, const RewriteStep& step);
+        RewriteStep& step); ///< Reads the arguments into the texts of the step; false if they make no sense.
+    RewriteStep::Kind kind;
 };
 
 /// All kinds of steps, in the order of the help.

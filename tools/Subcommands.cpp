@@ -11,7 +11,6 @@
 #include "JobParser/Library.h"
 #include "JobParser/Parser.h"
 #include "JobParser/paper/PaperSizeManager.h"
-#include "tools/OutputFile.h"
 #include "tools/Scan.h"
 #include "tools/Session.h"
 #include "tools/StandardErrorLog.h"
@@ -19,11 +18,16 @@
 
 #include "Torv/GenericException.h"
 #include "Torv/IO/FileStream.h"
+#include "Torv/IO/OutputFile.h"
 
 namespace JobParser::Tool
 {
 namespace
 {
+
+using Torv::IO::OutputFile;
+
+constexpr auto writtenStraight = OutputFile::StandardOutput::IsWrittenStraight;
 
 /// A job with the file that its chunks refer to.
 struct LoadedJob {
@@ -77,7 +81,7 @@ void load(LoadedJob& loaded, const Options& options)
 template <typename Write> void writeOutput(const std::optional<std::string>& path, Write write)
 {
     if (path) {
-        OutputFile output(*path);
+        OutputFile output(*path, writtenStraight);
         write(output.stream());
         output.commit();
     } else {
@@ -114,11 +118,11 @@ void writeMetadata(const LoadedJob& loaded, const Options& options)
 void rewrite(LoadedJob& loaded, const Options& options)
 {
     for (const RewriteStep& step : options.steps)
-        step.apply(*loaded.job, step);
-    OutputFile output(*options.output);
+        step.applyTo(*loaded.job);
+    OutputFile output(*options.output, writtenStraight);
     std::optional<OutputFile> metadata;
     if (options.metadataOutput)
-        metadata.emplace(*options.metadataOutput);
+        metadata.emplace(*options.metadataOutput, writtenStraight);
     loaded.job->save(loaded.file, output.stream());
     output.flush();
     if (metadata) {

@@ -1,4 +1,4 @@
-#include "tools/OutputFile.h"
+#include "Torv/IO/OutputFile.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -8,7 +8,7 @@
 
 #include "Torv/GenericException.h"
 
-namespace JobParser::Tool
+namespace Torv::IO
 {
 namespace
 {
@@ -55,11 +55,11 @@ bool isStandardOutput(const struct stat& status)
 
 } // namespace
 
-OutputFile::OutputFile(const std::string& path) : m_path(path)
+OutputFile::OutputFile(const std::string& path, StandardOutput standardOutput) : m_path(path)
 {
     struct stat status = {};
     const bool exists = ::stat(path.c_str(), &status) == 0;
-    if (exists && isStandardOutput(status)) {
+    if (exists && standardOutput == StandardOutput::IsWrittenStraight && isStandardOutput(status)) {
         // Opened anew by its path, a file would be written from its start, over what stands there.
         m_descriptor = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     } else if (exists && !S_ISREG(status.st_mode)) {
@@ -127,8 +127,8 @@ void OutputFile::closeDescriptor()
 
 void OutputFile::fail(int error) const
 {
-    throw Torv::GenericException("Cannot write file | path=" + m_path +
-                                 " | error=" + std::generic_category().message(error));
+    throw GenericException("Cannot write file | path=" + m_path +
+                           " | error=" + std::generic_category().message(error));
 }
 
-} // namespace JobParser::Tool
+} // namespace Torv::IO

@@ -5,31 +5,35 @@
 
 #include "Torv/IO/FileStream.h"
 
-namespace JobParser::Tool
+namespace Torv::IO
 {
 
 /// A file that appears at its path only when it is whole; until then the old one stays and can be read.
 ///
 /// It is written under another name in the same folder and renamed. What stands at the path and is no regular
-/// file, such as a device or a pipe, is written straight, and so is what standard output writes to already.
-/// A link stays, and the file that it names is replaced. A replaced file passes on its permissions.
+/// file, such as a device or a pipe, is written straight. A link stays, and the file that it names is
+/// replaced. A replaced file passes on its permissions.
 class OutputFile
 {
 public:
-    /// Throws Torv::GenericException, with the path and the system's reason, if nothing can be written there.
-    explicit OutputFile(const std::string& path);
+    /// What happens to a regular file that standard output writes to already. A program writes it straight,
+    /// behind what stands there. In a library the descriptor may belong to anything.
+    enum class StandardOutput { IsReplaced, IsWrittenStraight };
+
+    /// Throws GenericException, with the path and the system's reason, if nothing can be written there.
+    explicit OutputFile(const std::string& path, StandardOutput standardOutput = StandardOutput::IsReplaced);
     /// Removes what was written, unless it was committed or went straight to a device or a pipe.
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
     /// For writing until commit.
-    Torv::IO::IStream& stream() { return *m_stream; }
+    IStream& stream() { return *m_stream; }
 
-    /// Hands over to the system what was written so far. Throws Torv::GenericException if a byte got lost.
+    /// Hands over to the system what was written so far. Throws GenericException if a byte got lost.
     void flush() { m_stream->flush(); }
 
-    /// Puts the file in its place, to be called once. Throws Torv::GenericException if a byte got lost.
+    /// Puts the file in its place, to be called once. Throws GenericException if a byte got lost.
     void commit();
 
 private:
@@ -40,7 +44,7 @@ private:
     std::string m_path;      ///< With links followed.
     std::string m_temporary; ///< Empty if the path is written straight.
     int m_descriptor = -1;
-    std::optional<Torv::IO::FileStream> m_stream;
+    std::optional<FileStream> m_stream;
 };
 
-} // namespace JobParser::Tool
+} // namespace Torv::IO
