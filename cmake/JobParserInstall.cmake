@@ -23,6 +23,10 @@ string(REGEX REPLACE "/$" "" prefixFromPc "${prefixFromPc}")
 configure_file(cmake/jobparser.pc.in ${PROJECT_BINARY_DIR}/jobparser.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/jobparser.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
+set(JOBPARSER_PYTHON_DIR lib/python3/dist-packages CACHE STRING "Where the Python module goes, from the prefix")
+install(DIRECTORY python/jobparser DESTINATION ${JOBPARSER_PYTHON_DIR} FILES_MATCHING PATTERN "*.py" PATTERN py.typed
+    PATTERN __pycache__ EXCLUDE)
+
 install(FILES docs/config.ini DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 if(TARGET jobparser)

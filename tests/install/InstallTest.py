@@ -98,6 +98,29 @@ class Installed(unittest.TestCase):
 
         self.assert_knows_the_job(run(program, self.job))
 
+    def test_serves_a_c_program_that_must_stay_up(self):
+        program = self.folder / "safe"
+        environment = {**os.environ, "PKG_CONFIG_PATH": str(self.library.parent / "pkgconfig")}
+        flags = run("pkg-config", "--cflags", "--libs", "jobparser", env=environment).decode().split()
+        run("cc", "-std=c99", "-Wall", "-Wextra", "-Wpedantic", "-Werror", CONSUMERS / "c/safe.c", "-o", program, *flags,
+            f"-Wl,-rpath,{self.library.parent}")
+
+        self.assert_knows_the_job(run(program, self.job, self.folder / "out.prn"))
+        self.assertEqual((self.folder / "out.prn").read_bytes(), JOB)
+        done = subprocess.run([program, self.folder / "none", self.folder / "out"], capture_output=True)
+        self.assertEqual(done.returncode, 1)
+        self.assertRegex(done.stderr, rb"^cannot read: Cannot open file \| path=.*/none \| error=No such file or directory\n$")
+
+    def test_serves_python_where_it_stands(self):
+        module = next(self.prefix.rglob("jobparser/__init__.py")).parent
+        code = "import jobparser, sys; print(jobparser.parse(sys.argv[1]).info.copies)"
+        environment = {name: value for name, value in os.environ.items() if name != "JOBPARSER_LIBRARY"}
+
+        output = run(sys.executable, "-B", "-c", code, self.job, env={**environment, "PYTHONPATH": str(module.parent)})
+
+        self.assertEqual(output, b"5\n")
+        self.assertTrue((module / "py.typed").is_file())
+
     def test_includes_only_headers_that_are_installed(self):
         include = self.prefix / "include"
         missing = {
@@ -129,7 +152,7 @@ class Installed(unittest.TestCase):
     def test_shows_no_names_but_its_own(self):
         names = run("nm", "--dynamic", "--defined-only", "--demangle", self.library).decode().splitlines()
         shown = [line.split(maxsplit=2)[2] for line in names]
-        own = re.compile(r".*\b(JobParser|Torv|Pdf)::|(ParseJobInfo|torvReadJsonDocument)$")
+        own = re.compile(r".*\b(JobParser|Torv|Pdf)::|(ParseJobInfo|jobParser[A-Z]\w+|torvReadJsonDocument)$")
         # Instances of the standard library's templates are shared by all of a process anyway, and so are the
         # exceptions of Boost, or they could not be caught in another library.
         shared = re.compile(r".*\bstd::|.*__gnu_cxx::|operator |_init$|_fini$|(typeinfo|typeinfo name|vtable) for boost::")
