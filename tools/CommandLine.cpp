@@ -29,6 +29,7 @@ Subcommands:
   rewrite FILE -o OUT STEP...
                      changes the job and writes it: wrap it into PJL, set, add and remove PJL
                      commands, ask for finishing, strip PJL or PRESCRIBE, rename
+  show FILE -o OUT   writes one page of HTML that shows the job: record, file and chunks
 
   jobparser SUBCOMMAND --help   what a subcommand takes
   jobparser --version           the version
@@ -39,6 +40,7 @@ Examples:
   jobparser meta job.prn --beside
   jobparser save job.prn --from-meta job.prn.meta.json -o again.prn
   jobparser rewrite job.prn -o job.prn --set DUPLEX=ON --set BINDING=LONGEDGE
+  jobparser show job.prn -o job.html
 
 Exit status:
   0  done
@@ -84,6 +86,10 @@ constexpr std::array subcommandRows = {
         "left out. Commands, names and values are compared in any case. Texts go in as they are: only\n"
         "the steps that show quotation marks below write them. A step that finds nothing to do is no\n"
         "failure.\n"},
+    SubcommandRow{
+        "show", Subcommand::Show, "[OPTION...] FILE -o OUT",
+        "Writes one page of HTML, which needs nothing else: the job's record in words, the file as a\n"
+        "bar of its chunks, and the chunks as a list to search. What the job says is only text there.\n"},
 };
 
 /// The subcommands that take an option, as bits.
@@ -98,7 +104,8 @@ constexpr Takers metaOnly = taker(Subcommand::Meta);
 constexpr Takers rewriteOnly = taker(Subcommand::Rewrite);
 constexpr Takers scanOnly = taker(Subcommand::Scan);
 constexpr Takers convertOnly = taker(Subcommand::Convert);
-constexpr Takers writers = taker(Subcommand::Meta) | taker(Subcommand::Save) | rewriteOnly;
+constexpr Takers writers =
+    taker(Subcommand::Meta) | taker(Subcommand::Save) | rewriteOnly | taker(Subcommand::Show);
 constexpr Takers parsers = writers | taker(Subcommand::Dump) | taker(Subcommand::Check);
 constexpr Takers walkers = parsers | scanOnly;
 constexpr Takers askers = walkers | convertOnly;
@@ -138,7 +145,7 @@ struct OptionRow {
 };
 
 constexpr std::array optionRows = {
-    OptionRow{"o", "OUT", writers, "where to write; meta: default is standard output",
+    OptionRow{"o", "OUT", writers, "where to write; meta, show: default is standard output",
               [](Options& options, const char* text) { return options.output.emplace(text), true; }},
     OptionRow{"beside", nullptr, metaOnly, "write to FILE.meta.json, where hosts look for it",
               [](Options& options, const char*) { return options.beside = true; }},

@@ -12,7 +12,7 @@
 namespace JobParser::Tool
 {
 
-enum class Subcommand { Info, Scan, Meta, Dump, Check, Save, Rewrite, Convert };
+enum class Subcommand { Info, Scan, Meta, Dump, Check, Save, Rewrite, Show, Convert };
 
 /// What the command line asks for. The defaults are those of the options that are not given.
 struct Options {

@@ -46,6 +46,10 @@ bool StandardErrorLog::isEnabled(int level) const
 void StandardErrorLog::write(int level, const std::string& message, const std::string&, bool, const char*,
                              int)
 {
+    if (level == Torv::Log::LevelError) {
+        const std::lock_guard lock(m_mutex);
+        m_lastError = message;
+    }
     if (level <= m_level) {
         printError(message);
     } else if (level == Torv::Log::LevelError && m_hidden == Hidden::Kept) {

@@ -29,11 +29,15 @@ public:
     /// Shows the errors that were kept.
     void showHeldBackErrors();
 
+    /// The last error, shown or not; empty if there was none.
+    const std::string& lastError() const { return m_lastError; }
+
 private:
     int m_level;
     Hidden m_hidden;
     std::mutex m_mutex;     ///< Guards what follows.
     std::string m_heldBack; ///< Lines.
+    std::string m_lastError;
 };
 
 } // namespace JobParser::Tool

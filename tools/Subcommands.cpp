@@ -13,6 +13,7 @@
 #include "JobParser/paper/PaperSizeManager.h"
 #include "tools/Scan.h"
 #include "tools/Session.h"
+#include "tools/ShowPage.h"
 #include "tools/StandardErrorLog.h"
 #include "tools/StandardStreams.h"
 
@@ -34,6 +35,7 @@ struct LoadedJob {
     JobFile file;
     std::shared_ptr<Job> job;
     bool parsed = true;
+    std::string cause; ///< Why it was not parsed.
 };
 
 /// Writes the messages of Job::dump as lines.
@@ -62,8 +64,10 @@ void parse(LoadedJob& loaded, const Options& options)
     const std::shared_ptr<JobParserResult> result = parser.parse(loaded.file, parseOptionsOf(options));
     loaded.job = result->job;
     loaded.parsed = result->parsed;
-    if (!loaded.parsed)
+    if (!loaded.parsed) {
+        loaded.cause = log->lastError();
         log->showHeldBackErrors();
+    }
 }
 
 void load(LoadedJob& loaded, const Options& options)
@@ -134,6 +138,12 @@ void rewrite(LoadedJob& loaded, const Options& options)
         metadata->commit();
 }
 
+void show(const LoadedJob& loaded, const Options& options)
+{
+    const ShownFile file{options.files.front(), loaded.file.m_realDataSize, loaded.cause};
+    writeOutput(options.output, [&](Torv::IO::IStream& stream) { writeShowPage(*loaded.job, file, stream); });
+}
+
 void check(LoadedJob& loaded, Torv::IO::IStream& stream)
 {
     loaded.job->checkChunkSizes(loaded.file);
@@ -162,6 +172,7 @@ void writeResult(LoadedJob& loaded, const Options& options)
                     [&](Torv::IO::IStream& stream) { loaded.job->save(loaded.file, stream); });
         break;
     case Subcommand::Rewrite: rewrite(loaded, options); break;
+    case Subcommand::Show: show(loaded, options); break;
     }
 }
 
