@@ -7,6 +7,8 @@
 #include "JobParser/Job.h"
 #include "JobParser/languages/ChunkPrescribe.h"
 #include "JobParser/model/ChunkRawData.h"
+#include "JobParser/pclxl/JobChunkPclXLOperator.h"
+#include "JobParser/pclxl/JobChunkPclXLRaw.h"
 #include "JobParser/xps/ChunkXps.h"
 
 namespace JobParser
@@ -71,6 +73,13 @@ private:
     Wide m_sum = 0;
 };
 
+/// The range up to a last byte that belongs to it. Of metadata, both may be anything.
+FileRange rangeTo(std::int64_t start, std::int64_t last)
+{
+    const auto size = static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(start) + 1;
+    return {start, static_cast<std::int64_t>(size)};
+}
+
 } // namespace
 
 std::optional<FileRange> fileRange(const IChunk& chunk)
@@ -81,6 +90,10 @@ std::optional<FileRange> fileRange(const IChunk& chunk)
         return FileRange{block->ofs, block->m_size};
     if (const auto* const package = asExactly<ChunkXps>(chunk))
         return FileRange{package->offset, package->m_size};
+    if (const auto* const raw = asExactly<JobChunkPclXLRaw>(chunk))
+        return rangeTo(raw->start, raw->end);
+    if (const auto* const command = asExactly<JobChunkPclXLOperator>(chunk))
+        return rangeTo(command->start, command->end);
     return std::nullopt;
 }
 

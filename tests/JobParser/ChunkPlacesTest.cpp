@@ -17,6 +17,8 @@
 #include "JobParser/model/ChunkRawData.h"
 #include "JobParser/model/ChunkText.h"
 #include "JobParser/model/ChunkUel.h"
+#include "JobParser/pclxl/JobChunkPclXLOperator.h"
+#include "JobParser/pclxl/JobChunkPclXLRaw.h"
 #include "JobParser/xps/ChunkXps.h"
 #include "tests/support/OpenJob.h"
 
@@ -74,6 +76,8 @@ TEST(FileRange, IsThatOfTheChunksThatAreKeptByOffset)
     EXPECT_EQ(rangeOf(ChunkRawData(3, 4)), (std::vector<std::int64_t>{3, 4}));
     EXPECT_EQ(rangeOf(ChunkPrescribe(5, 6)), (std::vector<std::int64_t>{5, 6}));
     EXPECT_EQ(rangeOf(ChunkXps(7, 8)), (std::vector<std::int64_t>{7, 8}));
+    EXPECT_EQ(rangeOf(JobChunkPclXLRaw(9, 11)), (std::vector<std::int64_t>{9, 3}));
+    EXPECT_EQ(rangeOf(JobChunkPclXLOperator(tag_t{0x43}, 12, 20)), (std::vector<std::int64_t>{12, 9}));
     EXPECT_EQ(rangeOf(ChunkUel()), std::vector<std::int64_t>{});
     EXPECT_EQ(rangeOf(ChunkText("x")), std::vector<std::int64_t>{});
     EXPECT_EQ(rangeOf(ChunkPjlCmd("SET", "A=1")), std::vector<std::int64_t>{});
@@ -126,6 +130,8 @@ TEST(ChunkPlaces, StayWithinTheFileWhateverMetadataSays)
         std::make_shared<ChunkRawData>(most, most),
         std::make_shared<ChunkRawData>(most, 0),
         std::make_shared<ChunkXps>(std::numeric_limits<std::int64_t>::min(), most),
+        std::make_shared<JobChunkPclXLRaw>(std::numeric_limits<std::int64_t>::min(), most),
+        std::make_shared<JobChunkPclXLRaw>(most, std::numeric_limits<std::int64_t>::min()),
         std::make_shared<ChunkRawData>(8, 2),
         std::make_shared<ChunkRawData>(1, 1),
         std::make_shared<ChunkUel>(),
