@@ -29,8 +29,18 @@ install(DIRECTORY python/jobparser DESTINATION ${JOBPARSER_PYTHON_DIR} FILES_MAT
 
 install(FILES docs/config.ini DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
+install(FILES docs/schema/record.schema.json docs/schema/metadata.schema.json
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/jobparser/schema)
+install(FILES docs/man/JobParserC.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3)
+install(FILES docs/man/ZemJobProcessor.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+
 if(TARGET jobparser)
     install(TARGETS jobparser RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(FILES ${PROJECT_BINARY_DIR}/manual/jobparser.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES ${PROJECT_BINARY_DIR}/manual/jobparser
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+    install(FILES ${PROJECT_BINARY_DIR}/manual/_jobparser
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
 endif()
 if(TARGET ZemJobProcessor)
     install(TARGETS ZemJobProcessor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})

@@ -428,7 +428,47 @@ std::optional<Answer> Reader::findContradictionInConvert() const
     return std::nullopt;
 }
 
+OptionDescription descriptionOf(std::string name, const char* first, const char* second,
+                                std::string_view help)
+{
+    OptionDescription described{std::move(name), {}, std::string(help)};
+    for (const char* argument : {first, second}) {
+        if (argument != nullptr)
+            described.arguments.emplace_back(argument);
+    }
+    return described;
+}
+
+SubcommandDescription descriptionOf(const SubcommandRow& subcommand)
+{
+    SubcommandDescription described{
+        std::string(subcommand.name), std::string(subcommand.usage), std::string(subcommand.summary), {}, {}};
+    for (const OptionRow& row : optionRows) {
+        if ((row.takers & taker(subcommand.subcommand)) != 0)
+            described.options.push_back(descriptionOf(withDashes(row), row.argument, nullptr, row.help));
+    }
+    if (subcommand.subcommand == Subcommand::Rewrite) {
+        for (const RewriteStepRow& row : rewriteStepRows())
+            described.steps.push_back(
+                descriptionOf("--" + std::string(row.name), row.first, row.second, row.help));
+    }
+    return described;
+}
+
 } // namespace
+
+std::vector<SubcommandDescription> describeCommandLine()
+{
+    std::vector<SubcommandDescription> described;
+    for (const SubcommandRow& row : subcommandRows)
+        described.push_back(descriptionOf(row));
+    return described;
+}
+
+std::string_view commandLineHelp()
+{
+    return helpText;
+}
 
 std::variant<Options, Answer> readCommandLine(int argc, char** argv)
 {

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -44,5 +45,26 @@ struct Answer {
 
 /// Reads the arguments as main gets them. Not to be called on two threads at once.
 std::variant<Options, Answer> readCommandLine(int argc, char** argv);
+
+/// An option or a step, as the help shows it.
+struct OptionDescription {
+    std::string name;                   ///< With its dashes.
+    std::vector<std::string> arguments; ///< What stands behind it, in capitals; up to two.
+    std::string help;                   ///< One line.
+};
+
+struct SubcommandDescription {
+    std::string name;
+    std::string usage;   ///< What stands behind the name.
+    std::string summary; ///< Whole lines.
+    std::vector<OptionDescription> options;
+    std::vector<OptionDescription> steps;
+};
+
+/// All that the command line takes, for manual and completion.
+std::vector<SubcommandDescription> describeCommandLine();
+
+/// What --help prints without a subcommand.
+std::string_view commandLineHelp();
 
 } // namespace JobParser::Tool

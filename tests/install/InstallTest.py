@@ -159,6 +159,15 @@ class Installed(unittest.TestCase):
 
         self.assertEqual([name for name in shown if not own.match(name) and not shared.match(name)], [])
 
+    def test_brings_manual_pages_completion_and_schemas(self):
+        share = self.prefix / "share"
+        for name in (
+            "man/man1/jobparser.1", "man/man3/JobParserC.3", "man/man8/ZemJobProcessor.8",
+            "bash-completion/completions/jobparser", "zsh/vendor-completions/_jobparser",
+            "jobparser/schema/record.schema.json", "jobparser/schema/metadata.schema.json",
+        ):
+            self.assertTrue((share / name).is_file(), name)
+
     def test_brings_a_sample_configuration(self):
         self.assertEqual(len(list(self.prefix.rglob("share/doc/JobParser/config.ini"))), 1)
 

@@ -1,0 +1,148 @@
+"""The manual pages and the completion against what the tool says of itself, and the header.
+
+JOBPARSER_TOOL is the tool, SOURCE_DIR the sources, MANUAL the folder of what is made while the tool is built.
+"""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+TOOL = os.environ["JOBPARSER_TOOL"]
+SOURCE = pathlib.Path(os.environ["SOURCE_DIR"])
+MANUAL = pathlib.Path(os.environ["MANUAL"])
+TOOL_PAGE = MANUAL / "jobparser.1"
+PAGES = (TOOL_PAGE, SOURCE / "docs/man/JobParserC.3", SOURCE / "docs/man/ZemJobProcessor.8")
+
+
+def help_of(*subcommand):
+    return subprocess.run([TOOL, *subcommand, "--help"], check=True, capture_output=True, text=True).stdout
+
+
+SUBCOMMANDS = re.findall(r"^  (?!jobparser)(\w+) [A-Z]", help_of().split("Examples:")[0], re.MULTILINE)
+
+
+def options_of(subcommand):
+    """Name and help of each option and step."""
+    return re.findall(r"^  (--?[\w-]+)(?: [A-Z][A-Z=]*)*  +(.*)$", help_of(subcommand), re.MULTILINE)
+
+
+def rendered(page):
+    text = subprocess.run(["mandoc", "-T", "ascii", page], check=True, capture_output=True, text=True).stdout
+    return re.sub(".\b", "", text)
+
+
+class Pages(unittest.TestCase):
+    def test_are_well_formed(self):
+        if not shutil.which("mandoc"):
+            self.skipTest("There is no mandoc")
+        for page in PAGES:
+            done = subprocess.run(["mandoc", "-T", "lint", "-W", "warning", page], capture_output=True, text=True)
+            # Pages of ours that are not installed yet are not found.
+            self.assertEqual(done.stdout, "", page.name)
+
+    def test_of_the_tool_holds_every_option_with_its_help(self):
+        if not shutil.which("mandoc"):
+            self.skipTest("There is no mandoc")
+        text = " ".join(rendered(TOOL_PAGE).split())
+
+        self.assertGreater(len(SUBCOMMANDS), 5)
+        for subcommand in SUBCOMMANDS:
+            options = options_of(subcommand)
+            self.assertGreater(len(options), 0, subcommand)
+            for name, meaning in options:
+                self.assertIn(name, text)
+                self.assertIn(" ".join(meaning.split()), text)
+
+    def test_of_the_tool_holds_statuses_and_examples(self):
+        if not shutil.which("mandoc"):
+            self.skipTest("There is no mandoc")
+        text = " ".join(rendered(TOOL_PAGE).split())
+        said = help_of()
+
+        for example in re.findall(r"^  (jobparser .*(?:\||-).*)$", said.split("Examples:")[1], re.MULTILINE):
+            self.assertIn(" ".join(example.split()), text)
+        for status in re.findall(r"^  \d  (.*)$", said, re.MULTILINE):
+            self.assertIn(status, text)
+
+    def test_of_the_c_interface_holds_every_prototype(self):
+        header = (SOURCE / "JobParser/JobParserC.h").read_text(encoding="utf-8")
+        page = (SOURCE / "docs/man/JobParserC.3").read_text(encoding="utf-8")
+        declared = [
+            (kind, name, ["void"] if arguments == "void" else [" ".join(part.split()) for part in arguments.split(",")])
+            for kind, name, arguments in re.findall(r"^TORV_EXPORT ([\w ]+\*?) (\w+)\(([^)]*)\);", header, re.MULTILINE)
+        ]
+        documented = [
+            (kind, name, re.findall(r'^\.Fa "?(.*?)"?$', arguments, re.MULTILINE))
+            for kind, name, arguments in re.findall(r"^\.Ft (.*)\n\.Fo (\w+)\n((?:\.Fa .*\n)*)\.Fc", page, re.MULTILINE)
+        ]
+
+        self.assertEqual(len(declared), 15)
+        self.assertEqual(documented, declared)
+        for name in re.findall(r"\b(JOBPARSER_[A-Z_]+) = \d", header.split("typedef struct")[0]):
+            self.assertIn(f".It Dv {name}\n", page)
+        for _, name, _ in declared:
+            self.assertIn(f".Nm {name}", page)
+
+
+class Completion(unittest.TestCase):
+    def complete(self, *words):
+        """What bash offers for the last word."""
+        script = (
+            'source "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _jobparser; '
+            'printf "%s\\n" "${COMPREPLY[@]}"'
+        )
+        done = subprocess.run(
+            ["bash", "-c", script, "bash", MANUAL / "jobparser", "jobparser", *words], capture_output=True, text=True, cwd=self.folder
+        )
+        self.assertEqual(done.stderr, "")
+        return done.stdout.split()
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+        pathlib.Path(self.folder, "job.prn").touch()
+
+    def test_offers_subcommands(self):
+        self.assertEqual(sorted(self.complete("")), sorted([*SUBCOMMANDS, "--help", "--version"]))
+        self.assertEqual(self.complete("re"), ["rewrite"])
+
+    def test_offers_every_option_of_a_subcommand(self):
+        for subcommand in SUBCOMMANDS:
+            self.assertEqual(sorted(self.complete(subcommand, "-")), sorted(name for name, _ in options_of(subcommand)))
+
+    def test_offers_files(self):
+        self.assertEqual(self.complete("meta", ""), ["job.prn"])
+        self.assertEqual(self.complete("save", "job.prn", "-o", "jo"), ["job.prn"])
+
+    def test_offers_nothing_for_numbers_and_texts(self):
+        self.assertEqual(self.complete("meta", "--pdl", ""), [])
+        self.assertEqual(self.complete("rewrite", "--set", "j"), [])
+
+    def test_offers_languages(self):
+        self.assertIn("POSTSCRIPT", self.complete("rewrite", "--wrap", ""))
+        self.assertEqual(self.complete("rewrite", "--wrap", "PCLX"), ["PCLXL"])
+
+    def test_for_zsh_holds_every_option(self):
+        text = (MANUAL / "_jobparser").read_text(encoding="utf-8")
+
+        for subcommand in SUBCOMMANDS:
+            part = re.search(rf"^    {subcommand}\)$(.*?)^        ;;$", text, re.MULTILINE | re.DOTALL)[1]
+            self.assertEqual(
+                sorted(re.findall(r"'\*(--?[\w-]+)\[", part)), sorted(name for name, _ in options_of(subcommand))
+            )
+
+    def test_for_zsh_is_well_formed(self):
+        if not shutil.which("zsh"):
+            self.skipTest("There is no zsh")
+        done = subprocess.run(["zsh", "-n", MANUAL / "_jobparser"], capture_output=True, text=True)
+
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+
+
+if __name__ == "__main__":
+    unittest.main()
