@@ -1,17 +1,9 @@
 #include "pdf/ByteString.h"
 
-#include <atomic>
 #include <new>
 
 namespace Pdf
 {
-
-struct ByteString::Outside {
-    std::atomic<std::uint32_t> owners;
-    std::size_t size;
-
-    char* bytes() { return reinterpret_cast<char*>(this + 1); }
-};
 
 void ByteString::allocate(std::string_view bytes)
 {
@@ -19,22 +11,9 @@ void ByteString::allocate(std::string_view bytes)
 
     auto* const outside = static_cast<Outside*>(::operator new(sizeof(Outside) + bytes.size()));
     new (outside) Outside{1, bytes.size()};
-    std::memcpy(outside->bytes(), bytes.data(), bytes.size());
+    std::memcpy(reinterpret_cast<char*>(outside + 1), bytes.data(), bytes.size());
     const std::uint64_t address = reinterpret_cast<std::uintptr_t>(outside);
     std::memcpy(m_room.data(), &address, sizeof address);
-}
-
-ByteString::Outside* ByteString::outside() const
-{
-    std::uint64_t address = 0;
-    std::memcpy(&address, m_room.data(), sizeof address);
-    return reinterpret_cast<Outside*>(static_cast<std::uintptr_t>(address));
-}
-
-std::string_view ByteString::outsideView() const
-{
-    Outside* const shared = outside();
-    return {shared->bytes(), shared->size};
 }
 
 void ByteString::addOwner() const noexcept

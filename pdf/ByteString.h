@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -54,7 +55,11 @@ public:
     friend bool operator==(const ByteString& a, const char* b) { return a.view() == b; }
 
 private:
-    struct Outside;
+    /// Before the bytes that do not stand in the room.
+    struct Outside {
+        std::atomic<std::uint32_t> owners;
+        std::size_t size;
+    };
 
     using Room = std::array<char, 8>;
 
@@ -81,8 +86,17 @@ private:
     }
 
     void allocate(std::string_view bytes);
-    Outside* outside() const;
-    std::string_view outsideView() const;
+    Outside* outside() const
+    {
+        std::uint64_t address = 0;
+        std::memcpy(&address, m_room.data(), sizeof address);
+        return reinterpret_cast<Outside*>(static_cast<std::uintptr_t>(address));
+    }
+    std::string_view outsideView() const
+    {
+        const Outside* const shared = outside();
+        return {reinterpret_cast<const char*>(shared + 1), shared->size};
+    }
     void addOwner() const noexcept;
     void release() const noexcept;
 

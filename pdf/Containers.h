@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "pdf/Value.h"
 
@@ -51,6 +52,10 @@ struct Containers {
     /// The values of an array, or of the entries of a dictionary; the node has room for them.
     static void append(ContainerNode* node, Value&& value);
     static void append(ContainerNode* node, ByteString key, Value&& value);
+
+    /// The value of a key, which is made as None if it is not there, for a moment's use: it is changed before
+    /// anybody copies the dictionary.
+    static Value& entry(Dictionary& dictionary, std::string_view key) { return dictionary.entry(key); }
 
 private:
     static void copyInto(ContainerNode* source, ContainerNode* copy);

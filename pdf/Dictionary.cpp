@@ -1,6 +1,7 @@
 #include "pdf/Dictionary.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "pdf/Containers.h"
@@ -15,6 +16,23 @@ auto placeOf(std::span<const DictionaryEntry> entries, std::string_view key)
     return std::lower_bound(
         entries.begin(), entries.end(), key,
         [](const DictionaryEntry& entry, std::string_view wanted) { return entry.key.view() < wanted; });
+}
+
+// Most dictionaries are so small that looking at each key is faster than looking for its place.
+constexpr std::size_t smallSize = 12;
+
+const DictionaryEntry* findEntry(std::span<const DictionaryEntry> entries, std::string_view key)
+{
+    if (entries.size() > smallSize) {
+        const auto place = placeOf(entries, key);
+        return place != entries.end() && place->key == key ? &*place : nullptr;
+    }
+    for (const DictionaryEntry& entry : entries) {
+        const std::string_view other = entry.key.view();
+        if (other.size() == key.size() && other == key)
+            return &entry;
+    }
+    return nullptr;
 }
 
 } // namespace
@@ -48,9 +66,8 @@ std::span<const DictionaryEntry> Dictionary::entries() const
 
 const Value* Dictionary::find(std::string_view key) const
 {
-    const auto all = entries();
-    const auto place = placeOf(all, key);
-    return place != all.end() && place->key == key ? &place->value : nullptr;
+    const DictionaryEntry* const entry = findEntry(entries(), key);
+    return entry != nullptr ? &entry->value : nullptr;
 }
 
 Value& Dictionary::operator[](std::string_view key)
@@ -65,11 +82,6 @@ void Dictionary::set(std::string_view key, Value value)
     entry(key) = std::move(value);
 }
 
-Value Dictionary::take(std::string_view key)
-{
-    return std::exchange(entry(key), Value());
-}
-
 bool Dictionary::isShared() const
 {
     return m_node != nullptr && m_node->owners.load(std::memory_order_acquire) > 1;
@@ -78,11 +90,11 @@ bool Dictionary::isShared() const
 Value& Dictionary::entry(std::string_view key)
 {
     const auto all = entries();
-    const auto index = static_cast<std::uint32_t>(placeOf(all, key) - all.begin());
-    const bool isThere = index < all.size() && all[index].key == key;
-    Containers::makeUnique(m_node, ContainerNode::Kind::Dictionary, !isThere);
+    const DictionaryEntry* const found = findEntry(all, key);
+    const auto index = (found != nullptr ? found : std::to_address(placeOf(all, key))) - all.data();
+    Containers::makeUnique(m_node, ContainerNode::Kind::Dictionary, found == nullptr);
     DictionaryEntry* const place = m_node->entries() + index;
-    if (!isThere) {
+    if (found == nullptr) {
         Containers::append(m_node, key, Value());
         DictionaryEntry* const end = m_node->entries() + m_node->size;
         std::rotate(place, end - 1, end);

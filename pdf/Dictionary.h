@@ -39,9 +39,6 @@ public:
     /// Sets the value of a key, without giving out a way to change it later.
     void set(std::string_view key, Value value);
 
-    /// Takes a value out and leaves None, whether or not the key was there.
-    Value take(std::string_view key);
-
     /// Whether others share what it holds.
     bool isShared() const;
     /// The same for all that share what they hold, as long as they do.

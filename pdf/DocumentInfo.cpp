@@ -11,7 +11,7 @@ namespace Pdf::Parser
 Value& DocumentInfo::embedResource(Value& value)
 {
     if (const auto* reference = std::get_if<Reference>(&value))
-        value = embeddable[lastOfChain(*reference)].value;
+        value = target(lastOfChain(*reference));
     if (std::holds_alternative<None>(value))
         value = Dictionary();
     return value;
@@ -23,9 +23,9 @@ void DocumentInfo::embedContents(Value& value)
     if (reference == nullptr)
         return;
     const Reference last = lastOfChain(*reference);
-    const Value& target = embeddable[last].value;
-    if (std::holds_alternative<Array>(target))
-        value = target;
+    const Value& contents = target(last);
+    if (std::holds_alternative<Array>(contents))
+        value = contents;
     else
         value = last;
 }
@@ -36,12 +36,18 @@ void DocumentInfo::clearEmbeddable()
     m_endsOfChains.clear();
 }
 
+const Value& DocumentInfo::target(const Reference& reference) const
+{
+    const auto place = embeddable.find(reference);
+    return place != embeddable.end() ? place->second.value : nothing;
+}
+
 // The reference that leads to no other reference.
 Reference DocumentInfo::lastOfChain(const Reference& first)
 {
     Reference last = first;
     std::vector<Reference> passed;
-    while (const auto* next = std::get_if<Reference>(&embeddable[last].value)) {
+    while (const auto* next = std::get_if<Reference>(&target(last))) {
         const auto known = m_endsOfChains.find(last);
         if (known != m_endsOfChains.end()) {
             last = known->second;

@@ -32,6 +32,7 @@ public:
     Value trailer;
 
 private:
+    const Value& target(const Reference& reference) const;
     Reference lastOfChain(const Reference& first);
 
     // Where chains of references end that were followed before; they may be long, and many may use them.

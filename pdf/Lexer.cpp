@@ -120,6 +120,12 @@ bool Lexer::skipComment()
 
 bool Lexer::isMatch(std::string_view bytes)
 {
+    if (m_at != m_begin && m_at[-1] == current && static_cast<std::size_t>(m_end - m_at) >= bytes.size() &&
+        std::memcmp(m_at - 1, bytes.data(), bytes.size()) == 0) {
+        m_at += bytes.size();
+        current = m_at[-1];
+        return true;
+    }
     for (const char byte : bytes) {
         if (current != static_cast<std::uint8_t>(byte))
             return false;

@@ -7,6 +7,7 @@
 
 #include "pdf/ISource.h"
 #include "pdf/Reference.h"
+#include "pdf/ValueScanner.h"
 #include "pdf/ValueTape.h"
 #include "pdf/WhiteSpace.h"
 
@@ -49,7 +50,7 @@ public:
     void readName(std::string& bytes);
     /// Reads a number, a reference or two numbers that might have been one, or None if there is no number.
     Token readNumber(bool allowReference);
-    /// Reads any value onto the tape, which is empty.
+    /// Reads any value onto the tape. Its texts may be gone as soon as anything else is read.
     void readValue(ValueTape& tape);
     /// Appends `count` bytes from `current` on, and goes behind them.
     void readBytes(std::string& bytes, std::uint64_t count);
@@ -85,6 +86,7 @@ private:
     bool nextOrZero();
     bool skipWhiteSpace();
     bool skipComment();
+    bool scanValue(ValueTape& tape);
     void passUntilWord();
 
     Token readReferenceTo(double value);
@@ -116,6 +118,7 @@ private:
         std::uint64_t count;
     };
     std::vector<Frame> m_frames;
+    ValueScanner m_scanner;
 };
 
 inline std::uint8_t Lexer::next()

@@ -105,6 +105,9 @@ Token Lexer::readReferenceTo(double value)
 
 void Lexer::readValue(ValueTape& tape)
 {
+    if (scanValue(tape))
+        return;
+    tape.clear();
     m_frames.clear();
     for (Step step = Step::Value; step != Step::Done;) {
         try {
@@ -115,6 +118,20 @@ void Lexer::readValue(ValueTape& tape)
             step = cut(step, tape);
         }
     }
+    tape.finish();
+}
+
+// Reads the value where it stands in the window, if it is a usual one that ends there.
+bool Lexer::scanValue(ValueTape& tape)
+{
+    if (m_at == m_begin || m_at[-1] != current)
+        return false;
+    const std::uint8_t* const behind = m_scanner.scan(m_at - 1, m_end, tape);
+    if (behind == nullptr)
+        return false;
+    current = *behind;
+    m_at = behind + 1;
+    return true;
 }
 
 Lexer::Step Lexer::take(Step step, ValueTape& tape)
@@ -166,7 +183,7 @@ Lexer::Step Lexer::takeAngleBracket(ValueTape& tape)
     do
         tape.bytes() += static_cast<char>(current);
     while (next() != '>');
-    tape.addText(Kind::HexString, start);
+    tape.addText(Kind::HexString, start, tape.bytes().size() - start);
     nextOrZero();
     return Step::Delivered;
 }
@@ -176,7 +193,7 @@ void Lexer::takeName(ValueTape& tape)
     const std::size_t start = tape.bytes().size();
     next();
     readName(tape.bytes());
-    tape.addText(Kind::Name, start);
+    tape.addText(Kind::Name, start, tape.bytes().size() - start);
 }
 
 void Lexer::takeString(ValueTape& tape)
@@ -193,7 +210,7 @@ void Lexer::takeString(ValueTape& tape)
             --depth;
     }
     bytes.pop_back();
-    tape.addText(Kind::String, start);
+    tape.addText(Kind::String, start, bytes.size() - start);
     nextOrZero();
 }
 
@@ -206,14 +223,13 @@ void Lexer::takeKeyword(ValueTape& tape, std::string_view keyword, Kind kind)
 Lexer::Step Lexer::open(ValueTape& tape, Kind kind)
 {
     const bool isArray = kind == Kind::OpenArray;
-    m_frames.push_back({tape.size(), isArray, 0});
-    tape.add(scalarToken(kind));
+    m_frames.push_back({tape.open(kind), isArray, 0});
     return isArray ? Step::BeginArray : Step::BeginDictionary;
 }
 
 Lexer::Step Lexer::close(ValueTape& tape)
 {
-    tape.close(m_frames.back().open);
+    tape.close(m_frames.back().open, m_frames.back().count);
     m_frames.pop_back();
     return Step::Delivered;
 }
@@ -223,7 +239,10 @@ Lexer::Step Lexer::deliver(ValueTape& tape)
 {
     if (m_frames.empty())
         return Step::Done;
-    return m_frames.back().isArray ? deliverElement(tape) : Step::Key;
+    if (m_frames.back().isArray)
+        return deliverElement(tape);
+    ++m_frames.back().count;
+    return Step::Key;
 }
 
 Lexer::Step Lexer::deliverElement(ValueTape& tape)
@@ -237,8 +256,8 @@ Lexer::Step Lexer::deliverElement(ValueTape& tape)
         next();
     } else if (token.kind == Kind::FalseReference) {
         tape.removeLast(1);
-        tape.add(numberToken(token.number));
-        tape.add(numberToken(token.real));
+        tape.addNumber(token.number);
+        tape.addNumber(token.real);
         m_frames.back().count += 2;
     } else {
         ++m_frames.back().count;
@@ -278,7 +297,7 @@ Lexer::Step Lexer::takeKey(ValueTape& tape)
     next();
     const std::size_t start = tape.bytes().size();
     readName(tape.bytes());
-    tape.addText(Kind::Key, start);
+    tape.addText(Kind::Key, start, tape.bytes().size() - start);
     ws();
     return Step::Value;
 }

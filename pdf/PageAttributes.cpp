@@ -4,6 +4,7 @@
 #include <variant>
 #include <vector>
 
+#include "pdf/Containers.h"
 #include "pdf/PdfParserException.h"
 
 namespace Pdf::Parser
@@ -68,12 +69,10 @@ const Value* PageAttributes::inherited(Reference parent, std::size_t attribute)
 
 void PageAttributes::embedResources(Dictionary& page)
 {
-    // Taken out, so that resources of this page alone are seen to be nobody else's.
-    Value resources = page.take(attributeKeys[Resources]);
+    Value& resources = Containers::entry(page, attributeKeys[Resources]);
     m_info.embedResource(resources);
     if (auto* dictionary = std::get_if<Dictionary>(&resources))
         embedXObjects(*dictionary);
-    page.set(attributeKeys[Resources], std::move(resources));
 }
 
 void PageAttributes::embedXObjects(Dictionary& resources)
@@ -88,19 +87,14 @@ void PageAttributes::embedXObjects(Dictionary& resources)
         }
     }
     const Dictionary original = isShared ? resources : Dictionary();
-    const Value* const found = resources.find("XObject");
-    Value xObjects = found != nullptr ? *found : Value();
-    m_info.embedResource(xObjects);
-    resources.set("XObject", std::move(xObjects));
+    m_info.embedResource(Containers::entry(resources, "XObject"));
     if (isShared)
         m_embedded.emplace(identity, Embedded{original, resources});
 }
 
 void PageAttributes::embedContents(Dictionary& page)
 {
-    Value contents = page.take("Contents");
-    m_info.embedContents(contents);
-    page.set("Contents", std::move(contents));
+    m_info.embedContents(Containers::entry(page, "Contents"));
 }
 
 } // namespace Pdf::Parser

@@ -41,8 +41,7 @@ void PageTree::takeKid(const Reference& kid)
 {
     const auto page = m_pages.find(kid);
     if (page != m_pages.end()) {
-        m_reachable[kid] = std::move(page->second);
-        m_pages.erase(page);
+        m_reachable.insert(m_reachable.end(), m_pages.extract(page));
         m_levels.back().hasPages = true;
     } else if (m_nodes.contains(kid)) {
         takeNode(kid);

@@ -94,6 +94,7 @@ Value Parser::matchNumber(bool allowReference)
     return synced([this, allowReference] {
         m_tape->clear();
         m_tape->add(m_lexer->readNumber(allowReference));
+        m_tape->finish();
         return m_tape->build();
     });
 }
@@ -149,7 +150,6 @@ void Parser::parseObjectStream(Object& object)
 
 Value Parser::readValue()
 {
-    m_tape->clear();
     m_lexer->readValue(*m_tape);
     return m_tape->build();
 }
@@ -224,38 +224,48 @@ Object Parser::readObject(Purpose purpose)
     m_lexer->ws();
     m_lexer->match("obj");
     m_lexer->ws();
-    m_tape->clear();
     m_lexer->readValue(*m_tape);
-    m_lexer->ws();
-    const bool isStream = m_lexer->current == 's';
+    const StreamHead head = streamHead();
     const bool isWanted = purpose == Purpose::Everything || mayBeKept(*m_tape);
-    if (isWanted)
+    if (isWanted || head.holdsObjects)
         object.value = m_tape->build();
-    if (isStream)
-        readStream(object, isWanted);
+    m_lexer->ws();
+    if (m_lexer->current == 's')
+        readStream(object, head, isWanted);
     m_lexer->ws();
     m_lexer->match("endobj");
     return object;
 }
 
-void Parser::readStream(Object& object, bool isWanted)
+// What a stream depends on, taken while the value is still there to be looked at.
+Parser::StreamHead Parser::streamHead() const
+{
+    StreamHead head;
+    const Token::Kind kind = (*m_tape)[0].kind;
+    head.mayHaveStream = kind == Token::Kind::OpenDictionary || kind == Token::Kind::None;
+    if (kind != Token::Kind::OpenDictionary)
+        return head;
+    const Token* const type = m_tape->find("Type");
+    head.holdsObjects = type != nullptr && type->kind == Token::Kind::Name && m_tape->text(*type) == "ObjStm";
+    const Token* const length = m_tape->find("Length");
+    if (length != nullptr && length->kind == Token::Kind::Number)
+        head.length = length->real;
+    return head;
+}
+
+void Parser::readStream(Object& object, const StreamHead& head, bool isWanted)
 {
     m_lexer->match("stream");
     skipLineEnd();
-    const Token::Kind kind = (*m_tape)[0].kind;
-    if (kind != Token::Kind::OpenDictionary && kind != Token::Kind::None)
+    if (!head.mayHaveStream)
         throw std::bad_variant_access();
-    const bool isDictionary = kind == Token::Kind::OpenDictionary;
-    const Token* const type = isDictionary ? m_tape->find("Type") : nullptr;
-    if (type != nullptr && type->kind == Token::Kind::Name && m_tape->text(*type) == "ObjStm") {
-        object.value = m_tape->build();
+    if (head.holdsObjects) {
         readObjectStream(object);
         m_lexer->ws();
         m_lexer->match("endstream");
         return;
     }
-    const Token* const length = isDictionary ? m_tape->find("Length") : nullptr;
-    if (length == nullptr || length->kind != Token::Kind::Number || !passStreamByLength(length->real))
+    if (!head.length || !passStreamByLength(*head.length))
         m_lexer->findEndOfStream();
     if (isWanted) {
         addKey(object.value, "Type");

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <unordered_map>
 
@@ -87,6 +88,12 @@ public:
 private:
     enum class Purpose { Everything, Summary };
 
+    struct StreamHead {
+        bool mayHaveStream = false;
+        bool holdsObjects = false;
+        std::optional<double> length;
+    };
+
     template <typename Work> auto synced(Work work);
 
     void readFile();
@@ -95,12 +102,14 @@ private:
     void stepOverCrossReferences();
     Value readValue();
     Object readObject(Purpose purpose);
-    void readStream(Object& object, bool isWanted);
+    StreamHead streamHead() const;
+    void readStream(Object& object, const StreamHead& head, bool isWanted);
     void skipLineEnd();
     bool passStreamByLength(double length);
     void readObjectStream(Object& object);
 
     void keep(std::int64_t offset, Object&& object);
+    void put(std::map<Reference, Object>& objects, Object&& object);
     void chooseTrailer(bool walkPages);
     void prepareTrailerForUpdate();
     Reference findPageTree() const;
@@ -108,6 +117,7 @@ private:
 
     std::unique_ptr<Lexer> m_lexer;
     std::unique_ptr<ValueTape> m_tape;
+    bool m_hasGenerations = false;
 };
 
 template <> JOBPARSER_EXPORT void Parser::parseValue<void>();

@@ -44,12 +44,25 @@ void Parser::keep(std::int64_t offset, Object&& object)
         maxObjectNumber = reference.number;
     switch (destinationOf(object.value)) {
     case Destination::Dropped: break;
-    case Destination::Embeddable: document->embeddable[reference] = std::move(object); break;
+    case Destination::Embeddable: put(document->embeddable, std::move(object)); break;
     case Destination::PageNodes: pageNodes[reference] = std::move(object.value); break;
-    case Destination::Pages: document->pages[reference] = std::move(object); break;
+    case Destination::Pages: put(document->pages, std::move(object)); break;
     case Destination::Catalog: document->catalog = std::move(object); break;
     case Destination::Trailers: trailers[offset] = std::move(object.value); break;
     }
+}
+
+// Most objects stand in the order of their numbers. Where generations are about, the map's own search decides
+// what is replaced.
+void Parser::put(std::map<Reference, Object>& objects, Object&& object)
+{
+    const Reference reference = object.reference;
+    m_hasGenerations = m_hasGenerations || reference.generation != 0;
+    const bool isLast = objects.empty() || objects.rbegin()->first < reference;
+    if (isLast && !m_hasGenerations)
+        objects.emplace_hint(objects.end(), reference, std::move(object));
+    else
+        objects[reference] = std::move(object);
 }
 
 // The text of a summary has one trailer and points to none.

@@ -74,7 +74,6 @@ void Parser::readObjectStream(Object& object)
         stream.setLimit(isLast ? noLimit : static_cast<std::int32_t>(table[index + 1].offset + first));
         lexer.next();
         lexer.ws();
-        tape.clear();
         lexer.readValue(tape);
         keep(0, {{table[index].number, 0}, mayBeKept(tape) ? tape.build() : Value(), {}});
     }

@@ -13,7 +13,10 @@ namespace
 
 // What is kept for the next value; a giant one is not to weigh on the rest of the file.
 constexpr std::size_t mostTokensKept = 65536;
+constexpr std::size_t firstTokens = 256;
 constexpr std::size_t mostBytesKept = 1024 * 1024;
+// Pages and resources are given a key or two when they are completed.
+constexpr std::size_t spareEntries = 1;
 
 template <typename Container> void clearOrFree(Container& container, std::size_t mostKept)
 {
@@ -27,36 +30,27 @@ template <typename Container> void clearOrFree(Container& container, std::size_t
 
 void ValueTape::clear()
 {
-    clearOrFree(m_tokens, mostTokensKept);
+    if (m_tokens.size() > mostTokensKept)
+        std::vector<Token>().swap(m_tokens);
+    m_size = 0;
     clearOrFree(m_bytes, mostBytesKept);
+    m_texts = nullptr;
 }
 
-void ValueTape::addText(Token::Kind kind, std::size_t start)
+void ValueTape::grow()
 {
-    Token token;
-    token.kind = kind;
-    token.at = start;
-    token.size = m_bytes.size() - start;
-    m_tokens.push_back(token);
+    m_tokens.resize(std::max(firstTokens, m_tokens.size() * 2));
 }
 
-void ValueTape::close(std::size_t open)
+void ValueTape::useTextsIn(const std::uint8_t* memory)
 {
-    m_tokens[open].at = m_tokens.size();
-    m_tokens.push_back({Token::Kind::Close, 0, 0, {}});
+    clear();
+    m_texts = reinterpret_cast<const char*>(memory);
 }
 
-std::string_view ValueTape::text(const Token& token) const
+void ValueTape::finish()
 {
-    return std::string_view(m_bytes).substr(token.at, token.size);
-}
-
-std::size_t ValueTape::behind(std::size_t index) const
-{
-    const Token& token = m_tokens[index];
-    const bool isContainer =
-        token.kind == Token::Kind::OpenArray || token.kind == Token::Kind::OpenDictionary;
-    return (isContainer ? token.at : index) + 1;
+    m_texts = m_bytes.data();
 }
 
 const Token* ValueTape::find(std::string_view key) const
@@ -71,93 +65,119 @@ const Token* ValueTape::find(std::string_view key) const
 Value ValueTape::build()
 {
     m_frames.clear();
-    m_values.clear();
     m_keys.clear();
-    for (const Token& token : m_tokens) {
-        if (token.kind == Token::Kind::Close)
-            finishContainer();
-        else if (token.kind == Token::Kind::Key)
-            m_keys.push_back({text(token), m_values.size()});
-        else if (token.kind == Token::Kind::OpenArray || token.kind == Token::Kind::OpenDictionary)
-            m_frames.push_back({token.kind == Token::Kind::OpenArray, m_values.size(), m_keys.size()});
-        else
-            addScalar(token);
+    Value result = valueAt(0);
+    while (!m_frames.empty()) {
+        Frame& frame = m_frames.back();
+        if (frame.next == frame.end) {
+            m_keys.resize(frame.firstKey);
+            m_frames.pop_back();
+            continue;
+        }
+        // An inner container moves the frames and the keys.
+        ContainerNode* const node = frame.node;
+        if (frame.isArray) {
+            const std::size_t index = std::exchange(frame.next, behind(frame.next));
+            Containers::append(node, valueAt(index));
+        } else {
+            const KeyedValue keyed = m_keys[frame.next++];
+            Containers::append(node, nameOf(keyed.key), valueAt(keyed.value));
+        }
     }
-    Value result = std::move(m_values.back());
-    clearOrFree(m_values, mostTokensKept);
-    clearOrFree(m_keys, mostTokensKept);
-    clearOrFree(m_frames, mostTokensKept);
+    freeWhatIsLarge();
     return result;
 }
 
-void ValueTape::finishContainer()
+void ValueTape::freeWhatIsLarge()
 {
-    const Frame frame = m_frames.back();
-    m_frames.pop_back();
-    Value container;
-    if (frame.isArray)
-        container = takeArray(frame.firstValue);
-    else
-        container = takeDictionary(frame.firstKey);
-    m_values.resize(frame.firstValue);
-    m_keys.resize(frame.firstKey);
-    m_values.push_back(std::move(container));
+    clearOrFree(m_frames, mostTokensKept);
+    clearOrFree(m_keys, mostTokensKept);
 }
 
-Array ValueTape::takeArray(std::size_t first)
+Value ValueTape::valueAt(std::size_t index)
 {
-    const auto items = std::span(m_values).subspan(first);
-    if (items.empty())
-        return {};
-    ContainerNode* const node = Containers::make(ContainerNode::Kind::Array, items.size());
-    for (Value& item : items)
-        Containers::append(node, std::move(item));
-    return Containers::array(node);
+    const Token::Kind kind = m_tokens[index].kind;
+    if (kind == Token::Kind::OpenArray || kind == Token::Kind::OpenDictionary)
+        return startContainer(index);
+    return scalar(m_tokens[index]);
 }
 
-// In order, and without equal keys: the first of them counts.
-Dictionary ValueTape::takeDictionary(std::size_t first)
+// The container stands in its place at once, and is filled afterwards.
+Value ValueTape::startContainer(std::size_t index)
 {
-    const auto keys = std::span(m_keys).subspan(first);
-    if (keys.empty())
-        return {};
-    const auto isLess = [](const KeyedValue& a, const KeyedValue& b) {
-        const int order = a.key.compare(b.key);
-        return order != 0 ? order < 0 : a.value < b.value;
-    };
-    std::sort(keys.begin(), keys.end(), isLess);
-
-    ContainerNode* const node = Containers::make(ContainerNode::Kind::Dictionary, keys.size());
-    Dictionary dictionary = Containers::dictionary(node);
-    std::string_view last = keys.front().key;
-    for (const KeyedValue& keyed : keys) {
-        if (node->size == 0 || keyed.key != last)
-            Containers::append(node, keyed.key, std::move(m_values[keyed.value]));
-        last = keyed.key;
+    const Token& token = m_tokens[index];
+    const bool isArray = token.kind == Token::Kind::OpenArray;
+    if (token.size == 0)
+        return isArray ? Value(Array()) : Value(Dictionary());
+    const std::size_t firstKey = m_keys.size();
+    if (isArray) {
+        ContainerNode* const node = Containers::make(ContainerNode::Kind::Array, token.size);
+        Value array = Containers::array(node);
+        m_frames.push_back({node, true, index + 1, token.at, firstKey});
+        return array;
     }
+    sortKeys(index);
+    ContainerNode* const node =
+        Containers::make(ContainerNode::Kind::Dictionary, m_keys.size() - firstKey + spareEntries);
+    Value dictionary = Containers::dictionary(node);
+    m_frames.push_back({node, false, firstKey, m_keys.size(), firstKey});
     return dictionary;
 }
 
-void ValueTape::addScalar(const Token& token)
+// Puts the keys of a dictionary behind those that wait, in order and without equal ones: the first counts.
+void ValueTape::sortKeys(std::size_t open)
+{
+    const std::size_t first = m_keys.size();
+    bool isSorted = true;
+    for (std::size_t index = open + 1; m_tokens[index].kind == Token::Kind::Key; index = behind(index + 1)) {
+        const std::string_view key = text(m_tokens[index]);
+        isSorted = isSorted && (m_keys.size() == first || m_keys.back().key < key);
+        m_keys.push_back({key, index + 1});
+    }
+    if (isSorted)
+        return;
+    const auto keys = std::span(m_keys).subspan(first);
+    std::ranges::sort(keys, [](const KeyedValue& a, const KeyedValue& b) {
+        const int order = a.key.compare(b.key);
+        return order != 0 ? order < 0 : a.value < b.value;
+    });
+    const auto repeated = std::ranges::unique(keys, {}, &KeyedValue::key);
+    m_keys.resize(m_keys.size() - repeated.size());
+}
+
+// The names of a document are few; those that do not stand in a value itself are shared.
+ByteString ValueTape::nameOf(std::string_view text)
+{
+    constexpr std::size_t mostInValues = 7;
+    if (text.size() <= mostInValues)
+        return text;
+    const auto mixed =
+        static_cast<unsigned char>(text.front()) + 5U * static_cast<unsigned char>(text.back());
+    ByteString& known = m_names[(mixed + text.size()) % m_names.size()];
+    if (known != text)
+        known = text;
+    return known;
+}
+
+Value ValueTape::scalar(const Token& token)
 {
     switch (token.kind) {
-    case Token::Kind::Null: m_values.emplace_back(Null()); return;
-    case Token::Kind::True: m_values.emplace_back(true); return;
-    case Token::Kind::False: m_values.emplace_back(false); return;
-    case Token::Kind::Number: m_values.emplace_back(token.real); return;
-    case Token::Kind::Reference:
-        m_values.emplace_back(Reference{token.number, static_cast<std::uint32_t>(token.at)});
-        return;
-    case Token::Kind::FalseReference: m_values.emplace_back(FalseReference(token.number, token.real)); return;
-    case Token::Kind::Name: m_values.emplace_back(Name{text(token)}); return;
-    case Token::Kind::String: m_values.emplace_back(ByteString(text(token))); return;
-    case Token::Kind::HexString: m_values.emplace_back(HexString{text(token)}); return;
+    case Token::Kind::Null: return Null();
+    case Token::Kind::True: return true;
+    case Token::Kind::False: return false;
+    case Token::Kind::Number: return token.real;
+    case Token::Kind::Reference: return Reference{token.number, static_cast<std::uint32_t>(token.at)};
+    case Token::Kind::FalseReference: return FalseReference(token.number, token.real);
+    case Token::Kind::Name: return Name{nameOf(text(token))};
+    case Token::Kind::String: return ByteString(text(token));
+    case Token::Kind::HexString: return HexString{text(token)};
     case Token::Kind::None:
     case Token::Kind::Key:
     case Token::Kind::OpenArray:
     case Token::Kind::OpenDictionary:
-    case Token::Kind::Close: m_values.emplace_back(); return;
+    case Token::Kind::Close: break;
     }
+    return {};
 }
 
 } // namespace Pdf::Parser

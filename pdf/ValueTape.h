@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -7,6 +8,11 @@
 #include <vector>
 
 #include "pdf/Value.h"
+
+namespace Pdf
+{
+struct ContainerNode;
+}
 
 namespace Pdf::Parser
 {
@@ -35,7 +41,7 @@ struct Token {
     std::uint64_t at = 0; ///< Where texts begin, the generation of a Reference, the Close of an opening one.
     union {
         double real = 0;    ///< Of numbers, and the generation of a FalseReference.
-        std::uint64_t size; ///< Of texts, in bytes.
+        std::uint64_t size; ///< Of texts, in bytes; of containers, in values.
     };
 };
 
@@ -46,24 +52,37 @@ struct Token {
 class ValueTape
 {
 public:
+    /// Makes the tape empty. Texts go into bytes().
     void clear();
+    /// Makes the tape empty. Texts stand in memory of somebody else, and are valid as long as that is.
+    void useTextsIn(const std::uint8_t* memory);
 
-    void add(const Token& token) { m_tokens.push_back(token); }
-    /// Adds a token with a text, which is what was appended to bytes() from `start` on.
-    void addText(Token::Kind kind, std::size_t start);
-    /// Closes the container that was opened by the token at `open`.
-    void close(std::size_t open);
-    void removeLast(std::size_t count) { m_tokens.resize(m_tokens.size() - count); }
+    void add(const Token& token)
+    {
+        if (m_size == m_tokens.size()) [[unlikely]]
+            grow();
+        m_tokens[m_size++] = token;
+    }
+    void addNumber(double number);
+    void addReference(const Reference& reference);
+    void addText(Token::Kind kind, std::size_t at, std::size_t size);
+    /// Opens a container and gives the index of its token.
+    std::size_t open(Token::Kind kind);
+    /// Closes the container that was opened at an index, with as many values in it.
+    void close(std::size_t open, std::uint64_t count);
+    void removeLast(std::size_t count) { m_size -= count; }
 
-    std::size_t size() const { return m_tokens.size(); }
+    std::size_t size() const { return m_size; }
     const Token& operator[](std::size_t index) const { return m_tokens[index]; }
-    std::string_view text(const Token& token) const;
+    std::string_view text(const Token& token) const { return {m_texts + token.at, token.size}; }
     std::string& bytes() { return m_bytes; }
+    /// To be called when all texts are in bytes().
+    void finish();
 
     /// The index behind the value whose first token stands at `index`.
     std::size_t behind(std::size_t index) const;
 
-    bool isDictionary() const { return m_tokens.front().kind == Token::Kind::OpenDictionary; }
+    bool isDictionary() const { return m_tokens[0].kind == Token::Kind::OpenDictionary; }
     /// The first token of the value that the dictionary has under a key, null if there is no such key.
     const Token* find(std::string_view key) const;
 
@@ -71,27 +90,76 @@ public:
     Value build();
 
 private:
-    /// A container that is not complete while a tree is built, and what belongs to it.
-    struct Frame {
-        bool isArray;
-        std::size_t firstValue;
-        std::size_t firstKey;
-    };
     struct KeyedValue {
         std::string_view key;
         std::size_t value;
     };
 
-    void finishContainer();
-    Array takeArray(std::size_t first);
-    Dictionary takeDictionary(std::size_t first);
-    void addScalar(const Token& token);
+    /// A container that is being filled, and what of it comes next: a token, or a place among the keys.
+    struct Frame {
+        ContainerNode* node;
+        bool isArray;
+        std::size_t next;
+        std::size_t end;
+        std::size_t firstKey;
+    };
 
-    std::vector<Token> m_tokens;
+    Value startContainer(std::size_t index);
+    void sortKeys(std::size_t open);
+    Value valueAt(std::size_t index);
+    Value scalar(const Token& token);
+    ByteString nameOf(std::string_view text);
+    void freeWhatIsLarge();
+
+    void grow();
+
+    std::vector<Token> m_tokens; // More than there are.
+    std::size_t m_size = 0;
     std::string m_bytes;
+    const char* m_texts = nullptr;
     std::vector<Frame> m_frames;
-    std::vector<Value> m_values;
     std::vector<KeyedValue> m_keys;
+    std::array<ByteString, 64> m_names;
 };
+
+inline void ValueTape::addNumber(double number)
+{
+    add({Token::Kind::Number, 0, 0, {number}});
+}
+
+inline void ValueTape::addReference(const Reference& reference)
+{
+    add({Token::Kind::Reference, reference.number, reference.generation, {}});
+}
+
+inline void ValueTape::addText(Token::Kind kind, std::size_t at, std::size_t size)
+{
+    Token token;
+    token.kind = kind;
+    token.at = at;
+    token.size = size;
+    add(token);
+}
+
+inline std::size_t ValueTape::open(Token::Kind kind)
+{
+    add({kind, 0, 0, {}});
+    return m_size - 1;
+}
+
+inline void ValueTape::close(std::size_t open, std::uint64_t count)
+{
+    m_tokens[open].at = m_size;
+    m_tokens[open].size = count;
+    add({Token::Kind::Close, 0, 0, {}});
+}
+
+inline std::size_t ValueTape::behind(std::size_t index) const
+{
+    const Token& token = m_tokens[index];
+    const bool isContainer =
+        token.kind == Token::Kind::OpenArray || token.kind == Token::Kind::OpenDictionary;
+    return (isContainer ? token.at : index) + 1;
+}
 
 } // namespace Pdf::Parser

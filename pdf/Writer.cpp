@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <limits>
 
 #include "JobParser/JobParserException.h"
@@ -17,11 +18,6 @@ namespace
 constexpr int decimals = 6;
 // Sign, the digits of the greatest double, point and decimals.
 constexpr std::size_t longestNumber = std::numeric_limits<double>::max_exponent10 + 3 + decimals;
-
-bool isContainer(const Value& value)
-{
-    return std::holds_alternative<Array>(value) || std::holds_alternative<Dictionary>(value);
-}
 
 std::string_view trimmed(std::string_view number)
 {
@@ -41,12 +37,14 @@ void Writer::write(const Value& value)
     m_frames.clear();
     begin(value);
     while (!m_frames.empty()) {
-        const Value* const next = nextOf(m_frames.back());
-        if (next != nullptr) {
-            begin(*next);
-        } else {
-            end(*m_frames.back().container);
+        Frame& frame = m_frames.back();
+        if (frame.isArray ? frame.item == frame.lastItem : frame.entry == frame.lastEntry) {
+            m_text += frame.isArray ? "]" : ">>";
             m_frames.pop_back();
+        } else if (frame.isArray) {
+            beginItem(*frame.item++);
+        } else {
+            beginEntry(*frame.entry++);
         }
     }
 }
@@ -72,40 +70,32 @@ void Writer::write(const Object& object)
 
 void Writer::begin(const Value& value)
 {
-    if (!isContainer(value)) {
+    if (const auto* array = std::get_if<Array>(&value)) {
+        const auto items = array->items();
+        m_text += '[';
+        m_frames.push_back({true, items.data(), items.data() + items.size(), nullptr, nullptr});
+    } else if (const auto* dictionary = std::get_if<Dictionary>(&value)) {
+        const auto entries = dictionary->entries();
+        m_text += "<<";
+        m_frames.push_back({false, nullptr, nullptr, entries.data(), entries.data() + entries.size()});
+    } else {
         writeScalar(value);
-        return;
     }
-    m_text += std::holds_alternative<Array>(value) ? "[" : "<<";
-    m_frames.push_back({&value, 0});
-}
-
-void Writer::end(const Value& container)
-{
-    m_text += std::holds_alternative<Array>(container) ? "]" : ">>";
 }
 
 // Entries that were only looked up stand as None, and are no part of the text.
-const Value* Writer::nextOf(Frame& frame)
+void Writer::beginItem(const Value& item)
 {
-    if (const auto* array = std::get_if<Array>(frame.container)) {
-        const auto& items = array->items();
-        while (frame.next < items.size()) {
-            const Value& item = items[frame.next++];
-            if (!std::holds_alternative<None>(item))
-                return &item;
-        }
-        return nullptr;
-    }
-    const auto entries = std::get<Dictionary>(*frame.container).entries();
-    while (frame.next < entries.size()) {
-        const DictionaryEntry& entry = entries[frame.next++];
-        if (std::holds_alternative<None>(entry.value))
-            continue;
-        writeName(entry.key);
-        return &entry.value;
-    }
-    return nullptr;
+    if (!std::holds_alternative<None>(item))
+        begin(item);
+}
+
+void Writer::beginEntry(const DictionaryEntry& entry)
+{
+    if (std::holds_alternative<None>(entry.value))
+        return;
+    writeName(entry.key);
+    begin(entry.value);
 }
 
 void Writer::writeScalar(const Value& value)
@@ -135,6 +125,17 @@ void Writer::writeScalar(const Value& value)
 
 void Writer::writeNumber(double number)
 {
+    constexpr double mostExact = 1e15;
+
+    if (number >= 1 && number < mostExact && number == std::trunc(number)) {
+        m_text += ' ';
+        writeInteger(static_cast<std::uint64_t>(number));
+        return;
+    }
+    if (number == 0 && !std::signbit(number)) {
+        m_text += " 0";
+        return;
+    }
     std::array<char, longestNumber + 1> buffer;
     const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
                                             std::chars_format::fixed, decimals);
@@ -143,9 +144,9 @@ void Writer::writeNumber(double number)
         m_text += trimmed({buffer.data(), end});
 }
 
-void Writer::writeInteger(std::uint32_t number)
+void Writer::writeInteger(std::uint64_t number)
 {
-    std::array<char, std::numeric_limits<std::uint32_t>::digits10 + 1> buffer;
+    std::array<char, std::numeric_limits<std::uint64_t>::digits10 + 1> buffer;
     const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
     m_text.append(buffer.data(), result.ptr);
 }
@@ -164,6 +165,13 @@ void Writer::writeName(std::string_view name)
     constexpr std::string_view digits = "0123456789abcdef";
 
     m_text += '/';
+    const auto isPlain = [](char character) {
+        return isNameCharacter[static_cast<unsigned char>(character)];
+    };
+    if (std::ranges::all_of(name, isPlain)) {
+        m_text += name;
+        return;
+    }
     for (const char character : name) {
         const auto byte = static_cast<unsigned char>(character);
         if (isNameCharacter[byte]) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,16 +29,19 @@ public:
 private:
     /// A container that is being written, and what of it comes next.
     struct Frame {
-        const Value* container;
-        std::size_t next;
+        bool isArray;
+        const Value* item;
+        const Value* lastItem;
+        const DictionaryEntry* entry;
+        const DictionaryEntry* lastEntry;
     };
 
     void writeNumber(double number);
-    void writeInteger(std::uint32_t number);
+    void writeInteger(std::uint64_t number);
     void writeScalar(const Value& value);
     void begin(const Value& value);
-    const Value* nextOf(Frame& frame);
-    void end(const Value& container);
+    void beginItem(const Value& item);
+    void beginEntry(const DictionaryEntry& entry);
 
     std::string& m_text;
     std::vector<Frame> m_frames;

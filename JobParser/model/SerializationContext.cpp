@@ -84,7 +84,12 @@ void SerializationContext::appendDefinition(std::string& json, const IChunk& chu
     json += known != m_knownClasses.end() ? known->start : addKnownClass(chunk);
     appendNumber(json, id);
     json += ",\"dto\":";
-    json += chunk.toJson(*this);
+    const std::string dto = chunk.toJson(*this);
+    // A text of megabytes is not to be moved once more for the few characters that follow it.
+    constexpr std::size_t large = 65536;
+    if (dto.size() > large)
+        json.reserve(json.size() + dto.size() + large);
+    json += dto;
     json += '}';
 }
 

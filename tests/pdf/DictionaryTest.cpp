@@ -45,19 +45,6 @@ TEST(Dictionary, ReplacesTheValueOfAKey)
     EXPECT_EQ(text(dictionary), "<</A 2>>");
 }
 
-TEST(Dictionary, LeavesNoneWhereAValueWasTaken)
-{
-    Dictionary dictionary;
-    dictionary.set("A", 1.0);
-
-    const Value taken = dictionary.take("A");
-
-    EXPECT_EQ(taken.serialize(), " 1");
-    EXPECT_EQ(dictionary.take("B").index(), 0U);
-    EXPECT_EQ(dictionary.entries().size(), 2U);
-    EXPECT_EQ(text(dictionary), "<<>>");
-}
-
 TEST(Dictionary, SharesItsEntriesWithCopiesUntilOneChanges)
 {
     Dictionary dictionary;

@@ -47,14 +47,6 @@ TEST_F(Embedding, ReplacesAResourceByWhatItLeadsTo)
     EXPECT_EQ(resource(Null()), " null");
 }
 
-TEST_F(Embedding, MakesAnEmptyEntryWhereAReferenceLeadsNowhere)
-{
-    resource(Reference{8, 0});
-
-    EXPECT_EQ(info.embeddable.size(), 1U);
-    EXPECT_EQ(info.embeddable.begin()->second.value.index(), 0U);
-}
-
 TEST_F(Embedding, ReplacesContentsByAnArrayAlone)
 {
     put(1, Array({Value(Reference{7, 0})}));

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "pdf/ValueTape.h"
+
+namespace Pdf::Parser
+{
+
+/// Reads values that lie whole in one stretch of memory and are written as nearly all are.
+///
+/// It moves a pointer where Lexer takes a byte at a time from a source that may end anywhere, and it knows no
+/// failures: what is in any way unusual it gives up, and Lexer reads that from its start.
+class ValueScanner
+{
+public:
+    /// Reads the value at `begin` onto the tape, whose texts then stand in the stretch itself. Gives the byte
+    /// behind the value, which is within the stretch. Null if the value is given up; the tape then holds
+    /// anything.
+    const std::uint8_t* scan(const std::uint8_t* begin, const std::uint8_t* end, ValueTape& tape);
+
+private:
+    class Cursor;
+
+    /// A container that is not closed yet.
+    struct Frame {
+        std::size_t open;
+        std::uint64_t count;
+        bool isArray;
+    };
+
+    std::vector<Frame> m_frames;
+};
+
+} // namespace Pdf::Parser
