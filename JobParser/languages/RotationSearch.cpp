@@ -82,12 +82,15 @@ private:
         return m_file.getChar();
     }
 
-    // What does not stand here stays unread up to where it differs.
+    // What does not stand here stays unread, so that something else may be compared with it.
     bool take(std::string_view text)
     {
+        const std::int64_t place = m_file.m_offset;
         for (const char wanted : text) {
-            if (left() <= 0 || m_file.peekChar() != static_cast<std::uint8_t>(wanted))
+            if (left() <= 0 || m_file.peekChar() != static_cast<std::uint8_t>(wanted)) {
+                m_file.setPos(place);
                 return false;
+            }
             m_file.getChar();
         }
         return true;

@@ -47,7 +47,7 @@ struct Row {
 
 TEST(RotationSearch, FindsTheOperatorsOfDrivers)
 {
-    constexpr std::array<Row, 26> rows{{
+    constexpr std::array<Row, 30> rows{{
         {"180 rotate ", Rotation::HalfTurn},
         {"180 rotate\n", Rotation::HalfTurn},
         {"\v180\f\r\n rotate\t", Rotation::HalfTurn},
@@ -60,6 +60,10 @@ TEST(RotationSearch, FindsTheOperatorsOfDrivers)
         {"180rotate ", Rotation::None},
         {"180 negrotate ", Rotation::None},
         {"180 neg neg rotate ", Rotation::None},
+        {"180 nrotate ", Rotation::None},
+        {"180 nerotate ", Rotation::None},
+        {"180 ne rotate ", Rotation::None},
+        {"180 nrotate -90 rotate", Rotation::MinusQuarterTurn},
         {"180 rotates ", Rotation::None},
         {"1180 rotate ", Rotation::None},
         {"-180 rotate ", Rotation::None},
@@ -103,8 +107,8 @@ TEST(RotationSearch, ThrowsForAStretchBeyondTheFile)
 }
 
 // Words and parts of words instead of single bytes, so that short texts come near the operators.
-constexpr std::array<std::string_view, 11> words{"180", " ", "neg", "rotate", "-90", "\n",
-                                                 "x",   "1", "80 ", "rot",    "ate "};
+constexpr std::array<std::string_view, 12> words{"180", " ", "neg", "rotate", "-90",  "\n",
+                                                 "x",   "1", "80 ", "rot",    "ate ", "ne"};
 
 TEST(RotationSearch, FollowsThePatternForAllShortTexts)
 {
