@@ -177,6 +177,7 @@ TEST(PaperOrientationParser, TakesTheUprightMatrixWhereOneIsMissing)
 {
     EXPECT_EQ(orientationOfMatrices("[-1 0 0 1 0 0] + G ", "x "), 2);
     EXPECT_EQ(orientationOfMatrices("x ", "q[0 -1 1 0 0 0]cm "), 1);
+    EXPECT_EQ(orientationOfMatrices("x ", "[-1 0 0 1 0 0] + G "), 0) << "that is not in the setup";
     EXPECT_EQ(orientationOfMatrices("x ", "x "), 0);
 }
 

@@ -4,7 +4,9 @@
 #include <array>
 #include <gtest/gtest.h>
 #include <random>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "JobParser/JobParserException.h"
@@ -271,6 +273,16 @@ TEST(PostScriptParser, PassesOnWhatPrescribeFailsWith)
     EXPECT_EQ(failure("a\n%%!R! COPY"), "12 GetPrescribeToken(): Unexpected EOF | Raw 0+4");
 }
 
+TEST(PostScriptParser, PassesOnWhatTheOrientationFailsWith)
+{
+    Reading reading("x\n%%EndPageSetup\n[a b c d e f]msf\n................\n"sv);
+
+    EXPECT_THROW(reading.parse(), std::invalid_argument);
+    EXPECT_EQ(reading.chunks(), "Raw 0+2, %%EndPageSetup\n, Raw 17+34");
+    EXPECT_EQ(failure("x\n%%EndPageSetup\n[\n%%a]\n"),
+              "24 Unexpected end of file | Raw 0+2, %%EndPageSetup\n, Raw 17+2, %%a]\n");
+}
+
 struct FeatureRow {
     const char* text;
     int duplex;
@@ -356,6 +368,36 @@ TEST(PostScriptParser, ReadsFeatures)
     }
 }
 
+TEST(PostScriptParser, ReplacesWhatWasKnownOfFinishing)
+{
+    struct Row {
+        const char* text;
+        Staple stapling;
+        Punch punching;
+    };
+    constexpr std::array<Row, 7> rows{{
+        {"Staple Off\n", Staple::None, Punch::FourHoles},
+        {"Staple On\n", Staple::UnknownPosition, Punch::FourHoles},
+        {"Punch Off\n", Staple::Two, Punch::None},
+        {"Punch On\n", Staple::Two, Punch::UnknownKind},
+        {"*Punch None\n", Staple::Two, Punch::None},
+        {"*Punch Main\n", Staple::Two, Punch::DriverDefault},
+        {"*Punch 2\n", Staple::Two, Punch::UnknownKind},
+    }};
+
+    for (const Row& row : rows) {
+        Reading reading("");
+        reading.info.setStapling(Staple::Two, true);
+        reading.info.setPunching(Punch::FourHoles, true);
+        reading.parser.comment = "%%BeginFeature: " + std::string(row.text);
+
+        reading.parser.parseComment(reading.info);
+
+        EXPECT_EQ(reading.info.stapling, row.stapling) << row.text;
+        EXPECT_EQ(reading.info.punching, row.punching) << row.text;
+    }
+}
+
 TEST(PostScriptParser, ReadsNothingFromOtherComments)
 {
     for (const char* comment :
@@ -393,6 +435,36 @@ TEST(PostScriptParser, TakesTheStapleOfABody)
     EXPECT_EQ(stapleOf("x\n"), 0);
     EXPECT_EQ(stapleOf("<< /StaplePosition 2 >> \n a\r\n << /Staple 3 >>\n"), 1);
     EXPECT_EQ(stapleOf("/StaplePosition 1 x /Staple 3 \n"), 0) << "the blank at the end is trimmed";
+}
+
+TEST(PostScriptParser, ReplacesAStapleByThatOfABody)
+{
+    for (const auto& [body, staple] :
+         {std::pair{"/Staple 3 /StaplePosition 1 x", Staple::RightTop},
+          std::pair{"/Staple 0 x", Staple::None}, std::pair{"x", Staple::None}}) {
+        Reading reading("");
+        reading.info.setStapling(Staple::Two, true);
+        reading.parser.featureText = body;
+
+        reading.parser.parseStapleFeatureDefinition(reading.info);
+
+        EXPECT_EQ(reading.info.stapling, staple) << body;
+    }
+}
+
+TEST(PostScriptParser, TakesNothingOfBodiesThatAreOnlyCollected)
+{
+    constexpr std::string_view body = "/Staple 3 /StaplePosition 1 /MediaProcessingOption (LEFT_2PT)";
+    for (const int kind : {0, 1, 3, 6}) {
+        Reading reading("");
+        reading.parser.featureKind = kind;
+        reading.parser.featureText = body;
+
+        reading.parser.parseFeatureDefinition(reading.info);
+
+        EXPECT_EQ(reading.info.m_flags, 0U) << kind;
+        EXPECT_EQ(reading.pjl.jobInfo.m_flags, 0U) << kind;
+    }
 }
 
 TEST(PostScriptParser, TakesNothingOfABodyThatIsBlank)
@@ -479,6 +551,19 @@ TEST(PostScriptParser, KeepsTheKindOfAFeatureThatAnotherOneFollows)
                     "%%EndFeature\n")
                   .flags(JobInfo::FlagStapling),
               0);
+}
+
+TEST(PostScriptParser, KeepsAFeatureOpenFromBodyToBody)
+{
+    Reading reading("%%BeginFeature: *Staple 1\n/Staple 3 \n\x1B%-12345X/StaplePosition 1 x\n"
+                    "%%EndFeature\n"sv);
+
+    reading.parse();
+    reading.job.file.advancePos(static_cast<std::int64_t>(exitLanguage.size()));
+    reading.parse();
+
+    EXPECT_EQ(reading.info.stapling, Staple::RightTop);
+    EXPECT_EQ(reading.parser.featureKind, 0);
 }
 
 TEST(PostScriptParser, TakesTheStaplingOfHpIntoTheRecordOfPjl)
