@@ -221,9 +221,11 @@ TEST(PaperOrientationParser, GivesTheOrientationByTheMatricesOfAChunk)
     const std::string setup = "[-1 0 0 1 0 0] + G " + std::string(filler);
     OrientedJob none(std::string(filler) + "%%EndPageSetup\nx\n");
     OrientedJob turned(setup + "%%EndPageSetup\nx\n");
+    OrientedJob page(std::string(filler) + "%%Page: 1 1\nq[0 -1 1 0 0 0]cm " + std::string(filler));
 
     EXPECT_EQ(none.parser.orientationByKXdriver(0), -1);
     EXPECT_EQ(turned.parser.orientationByKXdriver(0), 2);
+    EXPECT_EQ(page.parser.orientationByKXdriver(0), 1) << "the comment behind the chunk ends no page";
     EXPECT_EQ(turned.parser.orientationByKXdriver(1), -1) << "no raw data";
 }
 

@@ -170,6 +170,18 @@ TEST(PostScriptFeatureText, GivesTheSameAnswersShortenedAndAppendedTo)
     }
 }
 
+TEST(PostScriptFeatureText, KeepsAWordOfAnyLengthOpen)
+{
+    const std::string open = shortened("/MediaProcessingOption (" + std::string(6000, 'a'));
+    const std::string longer = shortened(open + std::string(6000, 'b'));
+    const std::string word(4096, 'a');
+
+    EXPECT_EQ(answers(open + ")"), "text 0 0 " + word);
+    EXPECT_EQ(answers(longer + ")"), "text 0 0 " + word);
+    EXPECT_EQ(answers(longer), "text 0 0 ");
+    EXPECT_EQ(answers(longer + " )"), "text 0 0 ");
+}
+
 TEST(PostScriptFeatureText, KeepsAMatchBeforeTheEndThatWhiteSpaceFollows)
 {
     const std::string filler(5000, '.');
