@@ -1,5 +1,5 @@
 # What the worker is made of. JOBPARSER_WORKER says whether it is built: by default if all of it is there.
-# MuPDF and Ghostscript are linked to this program alone, never to the library or the tool.
+# MuPDF and Ghostscript are used by this program alone, never by the library or the tool.
 find_path(MUPDF_INCLUDE_DIR mupdf/fitz.h)
 find_library(MUPDF_LIBRARY libmupdf.a)
 find_library(MUPDF_THIRD_LIBRARY libmupdf-third.a)
@@ -31,6 +31,6 @@ add_library(MuPdf::MuPdf INTERFACE IMPORTED)
 target_include_directories(MuPdf::MuPdf INTERFACE ${MUPDF_INCLUDE_DIR})
 target_link_libraries(MuPdf::MuPdf INTERFACE
     ${MUPDF_LIBRARY} ${MUPDF_THIRD_LIBRARY} ${MUJS_LIBRARY} PkgConfig::mupdfNeeds PkgConfig::jpeg m)
-add_library(Ghostscript::Ghostscript INTERFACE IMPORTED)
-target_include_directories(Ghostscript::Ghostscript INTERFACE ${GHOSTSCRIPT_INCLUDE_DIR})
-target_link_libraries(Ghostscript::Ghostscript INTERFACE ${GHOSTSCRIPT_LIBRARY})
+# The library is loaded when the first PostScript job comes.
+add_library(Ghostscript::Headers INTERFACE IMPORTED)
+target_include_directories(Ghostscript::Headers INTERFACE ${GHOSTSCRIPT_INCLUDE_DIR})

@@ -21,11 +21,15 @@ FitzContext::FitzContext() : m_context(fz_new_context(nullptr, nullptr, storeSiz
     fz_set_error_callback(m_context, ignoreMessage, nullptr);
     fz_set_warning_callback(m_context, ignoreMessage, nullptr);
     fz_disable_icc(m_context);
-    Fitz::protect(m_context, [this] { fz_register_document_handlers(m_context); });
+    Fitz::protect(m_context, [this] {
+        fz_register_document_handlers(m_context);
+        m_font = fz_new_base14_font(m_context, "Helvetica");
+    });
 }
 
 FitzContext::~FitzContext()
 {
+    fz_drop_font(m_context, m_font);
     fz_drop_context(m_context);
 }
 

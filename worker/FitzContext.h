@@ -21,6 +21,7 @@ public:
 
 private:
     fz_context* m_context;
+    fz_font* m_font = nullptr; ///< Keeps FreeType ready for the fonts of documents.
 };
 
 namespace Fitz

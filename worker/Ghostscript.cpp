@@ -11,6 +11,7 @@
 
 #include "worker/BodyReader.h"
 #include "worker/DocumentMedia.h"
+#include "worker/GhostscriptLibrary.h"
 #include "worker/PixelScan.h"
 #include "worker/WorkerException.h"
 
@@ -187,8 +188,8 @@ Ghostscript::Ghostscript() = default;
 Ghostscript::~Ghostscript()
 {
     if (m_instance != nullptr) {
-        gsapi_exit(m_instance);
-        gsapi_delete_instance(m_instance);
+        GhostscriptLibrary::get().exit(m_instance);
+        GhostscriptLibrary::get().deleteInstance(m_instance);
     }
 }
 
@@ -203,7 +204,7 @@ void Ghostscript::start()
           "-dGraphicsAlphaBits=1", "-dMaxBitmap=2147483647"},
          noFolder);
     int exitCode = 0;
-    const int code = gsapi_run_string(m_instance, printerResources, 0, &exitCode);
+    const int code = GhostscriptLibrary::get().runString(m_instance, printerResources, 0, &exitCode);
     if (code < 0)
         fail(code);
 }
@@ -213,12 +214,12 @@ void Ghostscript::open(const std::vector<std::string>& options, const std::strin
     // Jobs may do what they like in the folder of temporary files, so that it must not be everybody's.
     ::setenv("TMPDIR", temporaryFolder.c_str(), 1);
     m_pages = std::make_unique<Pages>();
-    if (gsapi_new_instance(&m_instance, m_pages.get()) < 0) {
+    if (GhostscriptLibrary::get().newInstance(&m_instance, m_pages.get()) < 0) {
         m_instance = nullptr;
         throw WorkerException(ErrorCode::Failed, "Ghostscript cannot be started");
     }
-    gsapi_set_stdio(m_instance, Pages::readInput, Pages::hear, Pages::hear);
-    gsapi_set_display_callback(m_instance, m_pages->callbacks());
+    GhostscriptLibrary::get().setStdio(m_instance, Pages::readInput, Pages::hear, Pages::hear);
+    GhostscriptLibrary::get().setDisplayCallback(m_instance, m_pages->callbacks());
     // Colours are converted without profiles: black stays black, and equal channels stay equal.
     std::vector<std::string> arguments = {
         "gs",
@@ -233,8 +234,9 @@ void Ghostscript::open(const std::vector<std::string>& options, const std::strin
     std::vector<char*> pointers;
     for (std::string& argument : arguments)
         pointers.push_back(argument.data());
-    gsapi_set_arg_encoding(m_instance, GS_ARG_ENCODING_UTF8);
-    const int code = gsapi_init_with_args(m_instance, static_cast<int>(pointers.size()), pointers.data());
+    GhostscriptLibrary::get().setArgEncoding(m_instance, GS_ARG_ENCODING_UTF8);
+    const int code = GhostscriptLibrary::get().initWithArgs(m_instance, static_cast<int>(pointers.size()),
+                                                            pointers.data());
     if (code < 0 && code != gs_error_Quit)
         fail(code);
 }
@@ -243,7 +245,8 @@ int Ghostscript::run()
 {
     // Read as a file, so that the job finds in it the data that follows its operators.
     int exitCode = 0;
-    const int code = gsapi_run_string(m_instance, "(%stdin) (r) file cvx exec", 0, &exitCode);
+    const int code =
+        GhostscriptLibrary::get().runString(m_instance, "(%stdin) (r) file cvx exec", 0, &exitCode);
     return code == gs_error_Quit ? 0 : code;
 }
 
@@ -263,8 +266,8 @@ JobFacts Ghostscript::analyze(BodyReader& reader, int tolerance)
 int Ghostscript::finish()
 {
     void* instance = std::exchange(m_instance, nullptr);
-    const int code = gsapi_exit(instance);
-    gsapi_delete_instance(instance);
+    const int code = GhostscriptLibrary::get().exit(instance);
+    GhostscriptLibrary::get().deleteInstance(instance);
     return code;
 }
 

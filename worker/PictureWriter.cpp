@@ -81,8 +81,12 @@ void writeJpeg(const Picture& picture, const std::string& path)
         fail(path);
 }
 
-TiffWriter::TiffWriter(const std::string& path) : m_file(TIFFOpen(path.c_str(), "w"))
+TiffWriter::TiffWriter(const std::string& path)
 {
+    // Failures are told by exceptions alone.
+    TIFFSetErrorHandler(nullptr);
+    TIFFSetWarningHandler(nullptr);
+    m_file = TIFFOpen(path.c_str(), "w");
     if (m_file == nullptr)
         fail(path);
 }

@@ -34,7 +34,7 @@ public:
     void close();
 
 private:
-    void* m_file;
+    void* m_file = nullptr;
 };
 
 } // namespace JobParser::Worker
