@@ -1,5 +1,6 @@
 #include "worker/RequestLoop.h"
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <gtest/gtest.h>
@@ -27,8 +28,11 @@ std::string answered(std::string_view text)
         const Descriptor requests(in[1]);
         writeAll(requests.get(), text);
     }
-    Service service{ServiceOptions()};
-    answerRequests(service, input.get(), output.get());
+    {
+        // Its child has the output open, too, as long as it waits for another request.
+        Service service{ServiceOptions()};
+        answerRequests(service, input.get(), output.get());
+    }
     output.close();
     std::string answer(65536, '\0');
     answer.resize(static_cast<std::size_t>(::read(replies.get(), answer.data(), answer.size())));
@@ -58,7 +62,7 @@ TEST(RequestLoop, StopsIfNobodyTakesTheAnswers)
     const Descriptor input(in[0]);
     const Descriptor requests(in[1]);
     const Descriptor output(out[1]);
-    Descriptor(out[0]).close();
+    ::close(out[0]);
     writeAll(requests.get(), "one\ntwo\n");
     Service service{ServiceOptions()};
 
