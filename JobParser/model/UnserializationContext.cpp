@@ -19,8 +19,9 @@ namespace
 
 // References reach as deep as a file likes, where definitions are held back by the limit of JSON; and a few
 // of them, each to a chunk that holds the one before it twice, would stand for more chunks than anybody can
-// save.
+// save. What stands on a page may do so on any number of pages, so that only what is more than that counts.
 constexpr std::uint32_t maxNesting = 64;
+constexpr std::uint64_t maxOnPage = 4096;
 constexpr std::uint64_t maxRepeated = 16777216;
 
 } // namespace
@@ -89,7 +90,7 @@ std::shared_ptr<IChunk> UnserializationContext::referredChunk(std::int64_t id)
     const Known* const known = m_chunks->find(id);
     if (known == nullptr)
         throw JobParserException(Torv::format("Unknown chunk ID | id=%I64d", id));
-    m_repeated += known->extent.chunks - 1;
+    m_repeated += std::max(known->extent.chunks, maxOnPage) - maxOnPage;
     if (m_repeated > maxRepeated)
         throw JobParserException("References in metadata stand for too many chunks");
     addInside(known->extent);

@@ -30,9 +30,10 @@ public:
     /// The chunk that a value stands for: null, the number of a chunk made before, or a definition.
     ///
     /// Throws JobParserException for a number that nobody has, for other kinds of values, for chunks that
-    /// hold each other over 64 levels, and for references that stand for over 16777216 chunks altogether;
-    /// Torv::VariantInvalidOperationException for a definition without "class", "id" or "dto",
-    /// Torv::NoFactoryException for an unknown class, and what the chunk's own constructor throws.
+    /// hold each other over 64 levels, and for references that stand for over 16777216 chunks altogether, the
+    /// first 4096 of each not counted; Torv::VariantInvalidOperationException for a definition without
+    /// "class", "id" or "dto", Torv::NoFactoryException for an unknown class, and what the chunk's own
+    /// constructor throws.
     std::shared_ptr<IChunk> unserializeChunk(const Torv::Variant& value);
 
     /// The class tag for a class text of a file: a tag as it is, and of a full class name the part behind its

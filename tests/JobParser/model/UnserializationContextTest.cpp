@@ -158,6 +158,38 @@ TEST_F(UnserializationContextTest, AllowsAnyNumberOfReferencesToAChunkThatHoldsN
         EXPECT_EQ(failureOf(group(10 + round, references)), "none");
 }
 
+/// "7,7,7" for 7 and 3.
+std::string repeated(int id, int count)
+{
+    std::string list = std::to_string(id);
+    for (int index = 1; index < count; ++index)
+        list += "," + std::to_string(id);
+    return list;
+}
+
+TEST_F(UnserializationContextTest, AllowsContentThatStandsOnEachOfManyPages)
+{
+    chunkOf(R"({"class":"UelE","id":2,"dto":{}})");
+    chunkOf(group(3, repeated(2, 4095)));
+
+    for (int page = 0; page < 100000; ++page)
+        ASSERT_EQ(failureOf("3"), "none") << page;
+}
+
+TEST_F(UnserializationContextTest, CountsAllButTheFirst4096ChunksOfAReference)
+{
+    chunkOf(R"({"class":"UelE","id":2,"dto":{}})");
+    chunkOf(group(3, repeated(2, 4095)));
+    chunkOf(group(4, repeated(3, 4096)));
+    chunkOf(group(5, repeated(2, 4096)));
+    chunkOf(group(6, repeated(2, 8190)));
+
+    EXPECT_EQ(failureOf("4"), "none") << "16773121 count";
+    EXPECT_EQ(failureOf("6"), "none") << "4095 count, which is all that is allowed";
+    EXPECT_EQ(failureOf("3"), "none") << "none counts";
+    EXPECT_EQ(failureOf("5"), "References in metadata stand for too many chunks");
+}
+
 TEST_F(UnserializationContextTest, TakesATagFromAFullClassName)
 {
     EXPECT_NE(dynamic_cast<ChunkUel*>(chunkOf(R"({"class":"::ChunkUelE","id":2,"dto":{}})").get()), nullptr);
