@@ -316,6 +316,7 @@ INSTANTIATE_TEST_SUITE_P(
         Malformed{"ElementOfNoType", "\xC6", assertion},
         Malformed{"ArrayOfNoType", "\xCE\xC0\x01", assertion},
         Malformed{"ByteThatIsNoTagAsAnArray", std::string("\x08\xC0\x02", 3), assertion},
+        Malformed{"ByteThatIsNoTagWithTheBitOfAnArray", "(x", "Invalid array length type 78"},
         Malformed{"ByteThatIsNoTagWithALengthOfNone", std::string("\x28\xC0\0x", 4),
                   "Attribute expected instead %02X / 120"},
         Malformed{"NoEmbeddedData", std::string("\xFA\0\0\0\0", 5), assertion},
