@@ -25,10 +25,9 @@ CAUSES = {
     "has one plane of black",
     ("gs-pxlcolor-mixed5.pxl", "colorPages"): "the driver wrote two grays as 4C 4D 4C and B2 B3 B2; with a tolerance "
     "of 1 the page counts as gray",
-    ("gs-urf-gray.urf", "pages"): "no reader of URF",
-    ("gs-urf-gray.urf", "colorPages"): "no reader of URF",
-    ("gs-urf-gray.urf", "paper"): "no reader of URF",
-    ("gs-urf-gray.urf", "orientation"): "no reader of URF",
+    ("fujixerox-cm305-pdf-blackwhite.pjl.pdf", "colorPages"): "the job asks for black and white, so that all pages "
+    "count as mono",
+    ("pcl-dvilj4.pcl", "orientation"): "the job chooses neither a size nor an orientation",
 }
 CAUSES_BY_LANGUAGE = {
     "ESC/P": "no reader of ESC/P",
@@ -121,9 +120,11 @@ def row_of(job, expected, facts, wrong):
     return cells
 
 
-def cause_of(name, fact, expected):
+def cause_of(name, fact, expected, record):
+    if record["pdl"] == 0 and expected.get("pdl") not in CAUSES_BY_LANGUAGE:
+        return "the job begins with none of the signatures of languages, so that nobody is asked"
     return CAUSES.get((name, fact)) or CAUSES_BY_LANGUAGE.get(expected.get("pdl")) or \
-        "the job does not say it in a way that the walk reads"
+        "told neither by the envelope nor by the walk of the language"
 
 
 HEAD = """# Accuracy
@@ -152,14 +153,15 @@ def main():
             output = run(options.tool, "info", str(path))
             if output is None:
                 sys.exit(f"{options.tool} fails on {name}")
-            facts = told(json.loads(output))
+            record = json.loads(output)
+            facts = told(record)
             wrong = wrong_facts(expected, facts)
             known = sum(fact in expected for fact in FACTS)
             jobs, total, right = jobs + 1, total + known, right + known - len(wrong)
             cells = row_of(name, expected, facts, wrong)
             cells += others(path, expected.get("pdl"), pathlib.Path(temporary))
             lines.append("| " + " | ".join([name, *cells]) + " |")
-            causes += [f"| {name} | {fact} | {cause_of(name, fact, expected)} |" for fact in wrong]
+            causes += [f"| {name} | {fact} | {cause_of(name, fact, expected, record)} |" for fact in wrong]
     print(HEAD)
     print(f"{right} of {total} facts of {jobs} jobs are right.\n")
     print("| job | " + " | ".join(FACTS) + " | pdfinfo | inkcov |")
