@@ -15,6 +15,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "JobParser/ChunkPlaces.h"
@@ -33,6 +34,8 @@
 #include "Torv/IO/OutputFile.h"
 #include "Torv/IO/OutputSignals.h"
 #include "Torv/Log/ILog.h"
+#include "Torv/Security/Endecryptor/Decryptor.h"
+#include "Torv/Security/Endecryptor/Options.h"
 #include "Torv/VersionedStruct.h"
 
 struct JobParserJob {
@@ -216,6 +219,27 @@ Library::Options workersOf(const JobParserSetUpOptions& options)
     return workers;
 }
 
+using Encryption = Torv::Security::Endecryptor::Options;
+
+std::optional<Encryption> encryptionOf(const JobParserSetUpOptions& options)
+{
+    using namespace Torv::Security::Endecryptor;
+    if (options.decryptAlgorithm == nullptr)
+        return std::nullopt;
+    const std::optional<Algorithm> algorithm = algorithmByName(options.decryptAlgorithm);
+    require(algorithm.has_value(), "There is no cipher of this name");
+    require(options.decryptKey != nullptr, "decryptKey is null");
+    require(options.decryptIv != nullptr, "decryptIv is null");
+    const auto bytes = [](const void* data, std::size_t size) {
+        return std::string(static_cast<const char*>(data), size);
+    };
+    Encryption encryption{*algorithm, bytes(options.decryptKey, options.decryptKeySize),
+                          bytes(options.decryptIv, options.decryptIvSize)};
+    // Tells at once whether key and vector fit.
+    withStatus(JOBPARSER_INVALID_ARGUMENT, [&] { const Decryptor decryptor(encryption); });
+    return encryption;
+}
+
 void loadConfig(const JobParserSetUpOptions& options)
 {
     const std::string path = textOr(options.config, ownFolder() + "ParserConfig/config.ini");
@@ -244,6 +268,16 @@ public:
         doIt(options);
     }
 
+    /// Opens a job as it was set up.
+    void open(JobFile& file, const char* path)
+    {
+        using Torv::Security::Endecryptor::Decryptor;
+        if (m_encryption)
+            file.openEncrypted(path, std::make_unique<Decryptor>(*m_encryption));
+        else
+            file.open(path);
+    }
+
     void ensure()
     {
         if (m_done)
@@ -257,13 +291,18 @@ private:
     void doIt(const JobParserSetUpOptions& options)
     {
         // What can be refused comes first, so that the call may be repeated.
+        std::optional<Encryption> encryption = encryptionOf(options);
         loadConfig(options);
-        Library::init(workersOf(options));
+        Library::Options workers = workersOf(options);
+        workers.decryptor = encryption;
+        Library::init(workers);
+        m_encryption = std::move(encryption);
         m_done = true;
     }
 
     std::mutex m_mutex;
     std::atomic<bool> m_done = false;
+    std::optional<Encryption> m_encryption; ///< Does not change once it is done.
 };
 
 Pdl languageOf(std::int32_t language)
@@ -290,7 +329,7 @@ JobParserParseOptions takeOptions(const JobParserParseOptions* given)
 std::unique_ptr<JobParserJob> openJob(const char* path)
 {
     auto opened = std::make_unique<JobParserJob>();
-    withStatus(JOBPARSER_CANNOT_READ, [&] { opened->file.open(path); });
+    withStatus(JOBPARSER_CANNOT_READ, [&] { SetUp::instance().open(opened->file, path); });
     return opened;
 }
 

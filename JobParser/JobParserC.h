@@ -55,18 +55,23 @@ TORV_EXPORT const char* jobParserStatusText(JobParserStatus status);
 TORV_EXPORT void jobParserFreeText(char* text);
 TORV_EXPORT void jobParserFreeJob(JobParserJob* job);
 
-/* How worker processes are run, which count what a job does not tell. */
+/* How worker processes are run, which count what a job does not tell, and how job files are read. */
 typedef struct JobParserSetUpOptions {
     size_t structSize;
     const char* directory;      /* of the worker; default: that of the running executable */
     const char* executable;     /* file name of the worker; default: ZemJobProcessor */
     const char* arguments;      /* command line of the worker; default: empty */
-    const char* config;         /* names of papers; default: ParserConfig/config.ini in that directory */
+    const char* config;         /* names of papers; default: ParserConfig/config.ini beside the executable */
     int32_t processCount;       /* 0: two; below 0: no workers */
     int32_t poolLimit;          /* requests that one worker serves; 0: 500 */
     int64_t poolDeadline;       /* milliseconds that a request may take; 0: 300000; below 0: no limit */
     int32_t grayscaleTolerance; /* sent with every request */
     int32_t reserved;           /* 0 */
+    const char* decryptAlgorithm; /* of encrypted job files, as "aes-128-cbc"; default: they are plain */
+    const void* decryptKey;       /* raw bytes */
+    size_t decryptKeySize;
+    const void* decryptIv; /* raw bytes */
+    size_t decryptIvSize;
 } JobParserSetUpOptions;
 
 /*

@@ -85,17 +85,17 @@ void look(JobParserJob* job)
 {
     char* text = nullptr;
     std::size_t count = 0;
+    std::array<JobParserChunk, chunksAtATime> chunks{};
     take([&](char** error) { return jobParserMetadata(job, &text, nullptr, error); });
     jobParserFreeText(text);
     take([&](char** error) { return jobParserRecord(job, 1, &text, nullptr, error); });
     jobParserFreeText(text);
     take([&](char** error) { return jobParserChunkCount(job, &count, error); });
-    std::array<JobParserChunk, chunksAtATime> chunks{};
-    take([&](char** error) { return jobParserChunks(job, 0, std::min(count, chunks.size()), chunks.data(), sizeof(JobParserChunk),
-                         &error),
-         error);
-    take(jobParserSave(job, "/dev/null", error);
+    take([&](char** error) {
+        return jobParserChunks(job, 0, std::min(count, chunks.size()), chunks.data(), sizeof(JobParserChunk),
+                               error);
     });
+    take([&](char** error) { return jobParserSave(job, "/dev/null", error); });
 }
 
 void change(JobParserJob* job, const std::vector<StepTexts>& texts)
@@ -121,12 +121,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     constexpr JobParserParseOptions options{sizeof options, JOBPARSER_LANGUAGE_DETECT,
                                             JOBPARSER_PARSE_NO_WORKER};
     JobParserJob* job = nullptr;
-    if (isJob)
-        take([&](char** error) { return jobParserParse(file.path().c_str(), &options, &job, error); });
-    else
-        take([&](char** error) {
-            return jobParserLoad(file.path().c_str(), folder.write(input).c_str(), &job, error);
-        });
+    const std::string path = file.path();
+    take([&](char** error) {
+        return isJob ? jobParserParse(path.c_str(), &options, &job, error)
+                     : jobParserLoad(path.c_str(), folder.write(input).c_str(), &job, error);
+    });
     if (job != nullptr) {
         look(job);
         change(job, steps);

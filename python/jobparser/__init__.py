@@ -23,7 +23,7 @@ from ._errors import (
     OutOfMemoryError,
 )
 from ._info import Brand, Duplex, JobInfo, Language, Orientation, Paper, Punch, Staple
-from ._job import Chunk, Chunks, Job, load, parse, set_up, version
+from ._job import Chunk, Chunks, Decryption, Job, load, parse, set_up, version
 from .steps import Step
 
 __all__ = [
@@ -34,6 +34,7 @@ __all__ = [
     "CannotWriteError",
     "Chunk",
     "Chunks",
+    "Decryption",
     "Duplex",
     "InvalidArgumentError",
     "Job",

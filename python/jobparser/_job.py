@@ -44,6 +44,16 @@ def _text(text: Text | None) -> bytes | None:
     return _without_zero(text if isinstance(text, bytes) else text.encode("utf-8", "surrogateescape"), "A text")
 
 
+@dataclasses.dataclass(frozen=True)
+class Decryption:
+    """How job files are encrypted."""
+
+    algorithm: str
+    """As OpenSSL names it, such as aes-128-cbc."""
+    key: bytes = dataclasses.field(repr=False)
+    iv: bytes = dataclasses.field(repr=False)
+
+
 def set_up(
     *,
     directory: Path | None = None,
@@ -54,12 +64,13 @@ def set_up(
     pool_limit: int = 0,
     deadline_ms: int | None = None,
     grayscale_tolerance: int = 0,
+    decrypt: Decryption | None = None,
 ) -> None:
     """Sets the library up, once a process, before the first parse; without it, the first parse does.
 
     `directory` and `executable` name the worker, of which `processes` run: two if it is None, none if it is 0.
     `deadline_ms` is how long a request to one may take: 300000 if it is None, without a limit if it is 0.
-    `config` names papers. Raises AlreadySetUpError if the library is set up.
+    `config` names papers. `decrypt` says how all job files are encrypted. Raises AlreadySetUpError if the library is set up.
     """
     options = _library.SetUpOptions(
         structSize=ctypes.sizeof(_library.SetUpOptions),
@@ -72,6 +83,12 @@ def set_up(
         poolDeadline=_zero_is_none(deadline_ms),
         grayscaleTolerance=grayscale_tolerance,
     )
+    if decrypt is not None:
+        # Kept until the call is over.
+        key, iv = ctypes.create_string_buffer(decrypt.key), ctypes.create_string_buffer(decrypt.iv)
+        options.decryptAlgorithm = _text(decrypt.algorithm)
+        options.decryptKey, options.decryptKeySize = ctypes.addressof(key), len(decrypt.key)
+        options.decryptIv, options.decryptIvSize = ctypes.addressof(iv), len(decrypt.iv)
     _library.call("jobParserSetUp", byref(options))
 
 

@@ -25,6 +25,11 @@ class SetUpOptions(Structure):
         ("poolDeadline", c_int64),
         ("grayscaleTolerance", c_int32),
         ("reserved", c_int32),
+        ("decryptAlgorithm", c_char_p),
+        ("decryptKey", c_void_p),
+        ("decryptKeySize", c_size_t),
+        ("decryptIv", c_void_p),
+        ("decryptIvSize", c_size_t),
     ]
 
 

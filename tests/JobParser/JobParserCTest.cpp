@@ -154,7 +154,7 @@ TEST_F(JobParserC, HasWordsForEveryStatus)
 
 TEST_F(JobParserC, KeepsTheLayoutOfItsStructs)
 {
-    EXPECT_EQ(sizeof(JobParserSetUpOptions), 64U);
+    EXPECT_EQ(sizeof(JobParserSetUpOptions), 104U);
     EXPECT_EQ(offsetof(JobParserSetUpOptions, directory), 8U);
     EXPECT_EQ(offsetof(JobParserSetUpOptions, executable), 16U);
     EXPECT_EQ(offsetof(JobParserSetUpOptions, arguments), 24U);
@@ -164,6 +164,11 @@ TEST_F(JobParserC, KeepsTheLayoutOfItsStructs)
     EXPECT_EQ(offsetof(JobParserSetUpOptions, poolDeadline), 48U);
     EXPECT_EQ(offsetof(JobParserSetUpOptions, grayscaleTolerance), 56U);
     EXPECT_EQ(offsetof(JobParserSetUpOptions, reserved), 60U);
+    EXPECT_EQ(offsetof(JobParserSetUpOptions, decryptAlgorithm), 64U);
+    EXPECT_EQ(offsetof(JobParserSetUpOptions, decryptKey), 72U);
+    EXPECT_EQ(offsetof(JobParserSetUpOptions, decryptKeySize), 80U);
+    EXPECT_EQ(offsetof(JobParserSetUpOptions, decryptIv), 88U);
+    EXPECT_EQ(offsetof(JobParserSetUpOptions, decryptIvSize), 96U);
     EXPECT_EQ(sizeof(JobParserParseOptions), 16U);
     EXPECT_EQ(offsetof(JobParserParseOptions, language), 8U);
     EXPECT_EQ(offsetof(JobParserParseOptions, flags), 12U);
@@ -803,7 +808,18 @@ TEST_F(JobParserCDeathTest, MayBeSetUpAgainAfterARefusal)
             options.config = missing.c_str();
             const bool config = setUp(options) == JOBPARSER_CANNOT_READ;
             options.config = nullptr;
-            endWith(size && reserved && config && setUp(options) == JOBPARSER_OK);
+            options.decryptAlgorithm = "aes-128-cbc";
+            const bool keyIsNull = setUp(options) == JOBPARSER_INVALID_ARGUMENT;
+            options.decryptKey = "0123456789abcdef";
+            options.decryptKeySize = 15;
+            options.decryptIv = "0123456789abcdef";
+            options.decryptIvSize = 16;
+            const bool keyIsShort = setUp(options) == JOBPARSER_INVALID_ARGUMENT;
+            options.decryptAlgorithm = "none";
+            const bool cipher = setUp(options) == JOBPARSER_INVALID_ARGUMENT;
+            options.decryptAlgorithm = nullptr;
+            endWith(size && reserved && config && keyIsNull && keyIsShort && cipher &&
+                    setUp(options) == JOBPARSER_OK);
         },
         testing::ExitedWithCode(0), "");
 }

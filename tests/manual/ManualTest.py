@@ -27,7 +27,7 @@ SUBCOMMANDS = re.findall(r"^  (?!jobparser)(\w+) [A-Z]", help_of().split("Exampl
 
 def options_of(subcommand):
     """Name and help of each option and step."""
-    return re.findall(r"^  (--?[\w-]+)(?: [A-Z][A-Z=]*)*  +(.*)$", help_of(subcommand), re.MULTILINE)
+    return re.findall(r"^  (--?[\w-]+)(?: [A-Z][A-Z=:]*)*  +(.*)$", help_of(subcommand), re.MULTILINE)
 
 
 def rendered(page):

@@ -7,6 +7,7 @@ import json
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import threading
@@ -319,6 +320,34 @@ class TestSetUp:
 
         assert done.stdout == "A4\n", done.stderr
 
+    @pytest.mark.skipif(shutil.which("openssl") is None, reason="There is no openssl")
+    def test_reads_encrypted_jobs(self, job_path, tmp_path):
+        key, iv = bytes(range(16)), bytes(range(16, 32))
+        command = ["openssl", "enc", "-aes-128-cbc", "-K", key.hex(), "-iv", iv.hex(), "-in", job_path, "-out", tmp_path / "x"]
+        subprocess.run(command, check=True)
+        code = (
+            "import jobparser\n"
+            f"jobparser.set_up(processes=0, decrypt=jobparser.Decryption('aes-128-cbc', {key!r}, {iv!r}))\n"
+            f"with jobparser.parse({str(tmp_path / 'x')!r}) as job:\n"
+            f"    print(job.info.copies)\n    job.save({str(tmp_path / 'out')!r})"
+        )
+
+        done = in_new_process(code)
+
+        assert done.stdout == "2\n", done.stderr
+        assert (tmp_path / "out").read_bytes() == PCL_JOB
+
+    @pytest.mark.parametrize(
+        ("algorithm", "key", "message"), [("rot13", b"k" * 16, "no cipher of this name"), ("aes-128-cbc", b"k", "key")]
+    )
+    def test_refuses_ciphers_and_keys_that_do_not_fit(self, algorithm, key, message):
+        code = f"import jobparser\njobparser.set_up(decrypt=jobparser.Decryption({algorithm!r}, {key!r}, b'i' * 16))"
+
+        done = in_new_process(code)
+
+        assert "InvalidArgumentError" in done.stderr
+        assert message in done.stderr.lower()
+
     def test_tells_which_library_is_missing(self):
         done = in_new_process("import jobparser", JOBPARSER_LIBRARY="/nowhere/lib.so")
 
@@ -338,7 +367,7 @@ class TestInterface:
     def test_knows_every_struct(self):
         types = {
             "size_t": ctypes.c_size_t, "int32_t": ctypes.c_int32, "uint32_t": ctypes.c_uint32,
-            "int64_t": ctypes.c_int64, "const char*": ctypes.c_char_p,
+            "int64_t": ctypes.c_int64, "const char*": ctypes.c_char_p, "const void*": ctypes.c_void_p,
         }
         for name in ("SetUpOptions", "ParseOptions", "Chunk", "Step"):
             body = re.search(rf"typedef struct JobParser{name} {{(.*?)}}", HEADER, re.DOTALL)[1]
