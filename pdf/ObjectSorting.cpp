@@ -36,6 +36,10 @@ Destination destinationOfType(std::string_view type)
 
 bool isResourceKey(std::string_view key)
 {
+    // Few keys get beyond this.
+    constexpr std::string_view firstLetters = "PXFECS";
+    if (key.empty() || firstLetters.find(key.front()) == std::string_view::npos)
+        return false;
     return std::ranges::find(resourceKeys, key) != resourceKeys.end();
 }
 
@@ -47,27 +51,6 @@ bool isResource(const DictionaryEntry& entry)
 bool isReference(const DictionaryEntry& entry)
 {
     return std::holds_alternative<Reference>(entry.value);
-}
-
-// The first of equal keys counts. Whether a key stood before is only asked where it decides, and not forever.
-bool mayBeResources(const ValueTape& tape)
-{
-    constexpr int mostRepeatedKeys = 8;
-
-    bool allReferences = true;
-    int repeatedKeys = 0;
-    for (std::size_t index = 1; tape[index].kind == Token::Kind::Key; index = tape.behind(index + 1)) {
-        const std::string_view key = tape.text(tape[index]);
-        if (isResourceKey(key))
-            return true;
-        if (!allReferences || tape[index + 1].kind == Token::Kind::Reference)
-            continue;
-        if (tape.find(key) == &tape[index + 1])
-            allReferences = false;
-        else if (++repeatedKeys == mostRepeatedKeys)
-            return true;
-    }
-    return allReferences;
 }
 
 } // namespace
@@ -88,17 +71,37 @@ Destination destinationOf(const Value& value)
     return isKept ? Destination::Embeddable : Destination::Dropped;
 }
 
-bool mayBeKept(const ValueTape& tape)
+// The first of equal keys counts. Whether a key stood before is only asked where it decides, and not forever.
+ObjectFacts factsOf(const ValueTape& tape)
 {
-    const Token::Kind kind = tape[0].kind;
-    if (kind == Token::Kind::Reference || kind == Token::Kind::OpenArray)
-        return true;
-    if (kind != Token::Kind::OpenDictionary)
-        return false;
-    const Token* type = tape.find("Type");
-    if (type != nullptr && type->kind == Token::Kind::Name && type->size != 0)
-        return destinationOfType(tape.text(*type)) != Destination::Dropped;
-    return mayBeResources(tape);
+    constexpr int mostRepeatedKeys = 8;
+
+    ObjectFacts facts;
+    if (!tape.isDictionary()) {
+        facts.mayBeKept = tape[0].kind == Token::Kind::Reference || tape[0].kind == Token::Kind::OpenArray;
+        return facts;
+    }
+    bool mayBeResources = false;
+    bool allReferences = true;
+    int repeatedKeys = 0;
+    for (std::size_t index = 1; tape[index].kind == Token::Kind::Key; index = tape.behind(index + 1)) {
+        const std::string_view key = tape.text(tape[index]);
+        const Token* const value = &tape[index + 1];
+        if (facts.type == nullptr && key == "Type")
+            facts.type = value;
+        else if (facts.length == nullptr && key == "Length")
+            facts.length = value;
+        mayBeResources = mayBeResources || isResourceKey(key);
+        if (allReferences && value->kind != Token::Kind::Reference) {
+            allReferences = tape.find(key) != value;
+            mayBeResources = mayBeResources || (allReferences && ++repeatedKeys == mostRepeatedKeys);
+        }
+    }
+    if (facts.type != nullptr && facts.type->kind == Token::Kind::Name && facts.type->size != 0)
+        facts.mayBeKept = destinationOfType(tape.text(*facts.type)) != Destination::Dropped;
+    else
+        facts.mayBeKept = mayBeResources || allReferences;
+    return facts;
 }
 
 } // namespace Pdf::Parser

@@ -5,6 +5,7 @@
 namespace Pdf::Parser
 {
 
+struct Token;
 class ValueTape;
 
 /// Where an object of the file goes.
@@ -13,7 +14,13 @@ enum class Destination { Dropped, Embeddable, PageNodes, Pages, Catalog, Trailer
 /// Where the object with this value goes.
 Destination destinationOf(const Value& value);
 
-/// Whether an object may be kept. True in doubt; what is false need not even be built.
-bool mayBeKept(const ValueTape& tape);
+/// What is known of an object before it is built. Valid as long as the tape stays as it is.
+struct ObjectFacts {
+    const Token* type = nullptr;   ///< The value under this key, null if there is none.
+    const Token* length = nullptr; ///< The same.
+    bool mayBeKept = false;        ///< True in doubt; otherwise the object need not even be built.
+};
+
+ObjectFacts factsOf(const ValueTape& tape);
 
 } // namespace Pdf::Parser

@@ -225,8 +225,9 @@ Object Parser::readObject(Purpose purpose)
     m_lexer->match("obj");
     m_lexer->ws();
     m_lexer->readValue(*m_tape);
-    const StreamHead head = streamHead();
-    const bool isWanted = purpose == Purpose::Everything || mayBeKept(*m_tape);
+    const ObjectFacts facts = factsOf(*m_tape);
+    const StreamHead head = streamHead(facts);
+    const bool isWanted = purpose == Purpose::Everything || facts.mayBeKept;
     if (isWanted || head.holdsObjects)
         object.value = m_tape->build();
     m_lexer->ws();
@@ -238,18 +239,15 @@ Object Parser::readObject(Purpose purpose)
 }
 
 // What a stream depends on, taken while the value is still there to be looked at.
-Parser::StreamHead Parser::streamHead() const
+Parser::StreamHead Parser::streamHead(const ObjectFacts& facts) const
 {
     StreamHead head;
     const Token::Kind kind = (*m_tape)[0].kind;
     head.mayHaveStream = kind == Token::Kind::OpenDictionary || kind == Token::Kind::None;
-    if (kind != Token::Kind::OpenDictionary)
-        return head;
-    const Token* const type = m_tape->find("Type");
-    head.holdsObjects = type != nullptr && type->kind == Token::Kind::Name && m_tape->text(*type) == "ObjStm";
-    const Token* const length = m_tape->find("Length");
-    if (length != nullptr && length->kind == Token::Kind::Number)
-        head.length = length->real;
+    head.holdsObjects = facts.type != nullptr && facts.type->kind == Token::Kind::Name &&
+                        m_tape->text(*facts.type) == "ObjStm";
+    if (facts.length != nullptr && facts.length->kind == Token::Kind::Number)
+        head.length = facts.length->real;
     return head;
 }
 

@@ -20,6 +20,7 @@ namespace Pdf::Parser
 class DocumentInfo;
 class Lexer;
 class ValueTape;
+struct ObjectFacts;
 
 /// Makes the summary of a PDF in one pass from its first byte to its last, without ever going back.
 ///
@@ -102,7 +103,7 @@ private:
     void stepOverCrossReferences();
     Value readValue();
     Object readObject(Purpose purpose);
-    StreamHead streamHead() const;
+    StreamHead streamHead(const ObjectFacts& facts) const;
     void readStream(Object& object, const StreamHead& head, bool isWanted);
     void skipLineEnd();
     bool passStreamByLength(double length);

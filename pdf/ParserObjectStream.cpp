@@ -75,7 +75,7 @@ void Parser::readObjectStream(Object& object)
         lexer.next();
         lexer.ws();
         lexer.readValue(tape);
-        keep(0, {{table[index].number, 0}, mayBeKept(tape) ? tape.build() : Value(), {}});
+        keep(0, {{table[index].number, 0}, factsOf(tape).mayBeKept ? tape.build() : Value(), {}});
     }
 }
 

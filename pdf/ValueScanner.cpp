@@ -58,6 +58,15 @@ public:
     std::uint8_t following() const { return m_end - m_at > 1 ? m_at[1] : std::uint8_t{0}; }
     void pass(std::ptrdiff_t count) { m_at += count; }
 
+    // Behind the end of an array, or of a dictionary, which is two brackets.
+    bool passEnd(bool isArray)
+    {
+        if (!isArray && following() != '>')
+            return false;
+        m_at += isArray ? 1 : 2;
+        return true;
+    }
+
     [[gnu::always_inline]] bool skipWhiteSpace()
     {
         for (; m_at != m_end; ++m_at) {
@@ -204,35 +213,30 @@ private:
 const std::uint8_t* ValueScanner::scan(const std::uint8_t* begin, const std::uint8_t* end, ValueTape& tape)
 {
     tape.useTextsIn(begin);
-    m_frames.clear();
+    m_outer.clear();
     Cursor cursor(begin, end, tape);
-    for (;;) {
-        // A value begins here, or a container ends.
-        if (!m_frames.empty()) {
-            Frame& frame = m_frames.back();
+    Frame frame;
+    while (!cursor.isAtEnd()) {
+        // A value begins here, or the container ends.
+        if (frame.kind != Frame::Kind::None) {
             if (!cursor.skipWhiteSpace())
                 return nullptr;
-            const bool isEnd = frame.isArray ? cursor.byte() == ']' : cursor.byte() == '>';
-            if (isEnd) {
-                if (!frame.isArray && cursor.following() != '>')
+            if (cursor.byte() == (frame.kind == Frame::Kind::Array ? ']' : '>')) {
+                if (!cursor.passEnd(frame.kind == Frame::Kind::Array))
                     return nullptr;
-                cursor.pass(frame.isArray ? 1 : 2);
                 tape.close(frame.open, frame.count);
-                m_frames.pop_back();
-                if (m_frames.empty())
+                frame = m_outer.back();
+                m_outer.pop_back();
+                if (frame.kind == Frame::Kind::None)
                     break;
-                ++m_frames.back().count;
+                ++frame.count;
                 continue;
             }
-            if (!frame.isArray) {
-                if (cursor.byte() != '/' || !cursor.scanName(Kind::Key) || !cursor.skipWhiteSpace())
-                    return nullptr;
-            }
+            if (frame.kind == Frame::Kind::Dictionary &&
+                (cursor.byte() != '/' || !cursor.scanName(Kind::Key) || !cursor.skipWhiteSpace()))
+                return nullptr;
         }
-        if (cursor.isAtEnd())
-            return nullptr;
 
-        const bool isInArray = !m_frames.empty() && m_frames.back().isArray;
         std::uint64_t values = 1;
         bool isUsual = false;
         switch (cursor.byte()) {
@@ -242,24 +246,29 @@ const std::uint8_t* ValueScanner::scan(const std::uint8_t* begin, const std::uin
         case 'f': isUsual = cursor.scanKeyword("false", Kind::False); break;
         case 'n': isUsual = cursor.scanKeyword("null", Kind::Null); break;
         case '[':
-            m_frames.push_back({tape.open(Kind::OpenArray), 0, true});
+            m_outer.push_back(frame);
+            frame = {Frame::Kind::Array, tape.open(Kind::OpenArray), 0};
             cursor.pass(1);
             continue;
         case '<':
             if (cursor.following() == '<') {
-                m_frames.push_back({tape.open(Kind::OpenDictionary), 0, false});
+                m_outer.push_back(frame);
+                frame = {Frame::Kind::Dictionary, tape.open(Kind::OpenDictionary), 0};
                 cursor.pass(2);
                 continue;
             }
             isUsual = cursor.scanHexString();
             break;
-        default: isUsual = isNumberStart(cursor.byte()) && cursor.scanNumbers(isInArray, values); break;
+        default:
+            isUsual =
+                isNumberStart(cursor.byte()) && cursor.scanNumbers(frame.kind == Frame::Kind::Array, values);
+            break;
         }
         if (!isUsual)
             return nullptr;
-        if (m_frames.empty())
+        if (frame.kind == Frame::Kind::None)
             break;
-        m_frames.back().count += values;
+        frame.count += values;
     }
     return cursor.isAtEnd() ? nullptr : cursor.at();
 }

@@ -24,14 +24,16 @@ public:
 private:
     class Cursor;
 
-    /// A container that is not closed yet.
+    /// A container that is not closed yet, or that there is none around the value.
     struct Frame {
-        std::size_t open;
-        std::uint64_t count;
-        bool isArray;
+        enum class Kind : std::uint8_t { None, Array, Dictionary };
+
+        Kind kind = Kind::None;
+        std::size_t open = 0;
+        std::uint64_t count = 0;
     };
 
-    std::vector<Frame> m_frames;
+    std::vector<Frame> m_outer; // Around the one in hand.
 };
 
 } // namespace Pdf::Parser

@@ -1,6 +1,7 @@
 #include "pdf/ValueTape.h"
 
 #include <algorithm>
+#include <new>
 #include <span>
 #include <utility>
 
@@ -78,11 +79,12 @@ Value ValueTape::build()
         ContainerNode* const node = frame.node;
         if (frame.isArray) {
             const std::size_t index = std::exchange(frame.next, behind(frame.next));
-            Containers::append(node, valueAt(index));
+            new (node->values() + node->size) Value(valueAt(index));
         } else {
             const KeyedValue keyed = m_keys[frame.next++];
-            Containers::append(node, nameOf(keyed.key), valueAt(keyed.value));
+            new (node->entries() + node->size) DictionaryEntry{nameOf(keyed.key), valueAt(keyed.value)};
         }
+        ++node->size;
     }
     freeWhatIsLarge();
     return result;

@@ -34,19 +34,9 @@ std::string_view trimmed(std::string_view number)
 
 void Writer::write(const Value& value)
 {
-    m_frames.clear();
-    begin(value);
-    while (!m_frames.empty()) {
-        Frame& frame = m_frames.back();
-        if (frame.isArray ? frame.item == frame.lastItem : frame.entry == frame.lastEntry) {
-            m_text += frame.isArray ? "]" : ">>";
-            m_frames.pop_back();
-        } else if (frame.isArray) {
-            beginItem(*frame.item++);
-        } else {
-            beginEntry(*frame.entry++);
-        }
-    }
+    m_buffered = 0;
+    putValue(value);
+    flush();
 }
 
 void Writer::write(const Object& object)
@@ -56,30 +46,90 @@ void Writer::write(const Object& object)
         if (toUnsigned32(length) != object.stream.size())
             throw JobParser::JobParserException("Inconsistent stream length");
     }
-    writeInteger(object.reference.number);
-    m_text += ' ';
-    writeInteger(object.reference.generation);
-    m_text += " obj\n";
+    m_buffered = 0;
+    putInteger(object.reference.number);
+    put(' ');
+    putInteger(object.reference.generation);
+    put(" obj\n");
+    flush();
     const std::size_t start = m_text.size();
-    write(object.value);
+    putValue(object.value);
+    flush();
     m_text.erase(std::min(m_text.find('\0', start), m_text.size()));
     if (!object.stream.empty())
         m_text.append("\nstream\n").append(object.stream).append("\nendstream");
     m_text += "\nendobj\n";
 }
 
+void Writer::writeName(std::string_view name)
+{
+    m_buffered = 0;
+    putName(name);
+    flush();
+}
+
+void Writer::writeReference(const Reference& reference)
+{
+    m_buffered = 0;
+    putReference(reference);
+    flush();
+}
+
+void Writer::put(char character)
+{
+    if (m_buffered == m_buffer.size())
+        flush();
+    m_buffer[m_buffered++] = character;
+}
+
+void Writer::put(std::string_view text)
+{
+    if (text.size() > m_buffer.size() - m_buffered) {
+        flush();
+        if (text.size() > m_buffer.size()) {
+            m_text += text;
+            return;
+        }
+    }
+    text.copy(m_buffer.data() + m_buffered, text.size());
+    m_buffered += text.size();
+}
+
+void Writer::flush()
+{
+    m_text.append(m_buffer.data(), m_buffered);
+    m_buffered = 0;
+}
+
+void Writer::putValue(const Value& value)
+{
+    m_frames.clear();
+    begin(value);
+    while (!m_frames.empty()) {
+        Frame& frame = m_frames.back();
+        if (frame.isArray ? frame.item == frame.lastItem : frame.entry == frame.lastEntry) {
+            put(frame.isArray ? "]" : ">>");
+            m_frames.pop_back();
+        } else if (frame.isArray) {
+            beginItem(*frame.item++);
+        } else {
+            beginEntry(*frame.entry++);
+        }
+    }
+}
+
 void Writer::begin(const Value& value)
 {
     if (const auto* array = std::get_if<Array>(&value)) {
         const auto items = array->items();
-        m_text += '[';
+        put('[');
         m_frames.push_back({true, items.data(), items.data() + items.size(), nullptr, nullptr});
     } else if (const auto* dictionary = std::get_if<Dictionary>(&value)) {
         const auto entries = dictionary->entries();
-        m_text += "<<";
+        put("<<");
         m_frames.push_back({false, nullptr, nullptr, entries.data(), entries.data() + entries.size()});
     } else {
-        writeScalar(value);
+        putScalar(value);
     }
 }
 
@@ -94,28 +144,28 @@ void Writer::beginEntry(const DictionaryEntry& entry)
 {
     if (std::holds_alternative<None>(entry.value))
         return;
-    writeName(entry.key);
+    putName(entry.key);
     begin(entry.value);
 }
 
-void Writer::writeScalar(const Value& value)
+void Writer::putScalar(const Value& value)
 {
     if (const auto* number = std::get_if<double>(&value)) {
-        writeNumber(*number);
+        putNumber(*number);
     } else if (const auto* name = std::get_if<Name>(&value)) {
-        writeName(name->text);
+        putName(name->text);
     } else if (const auto* reference = std::get_if<Reference>(&value)) {
-        writeReference(*reference);
+        putReference(*reference);
     } else if (const auto* string = std::get_if<ByteString>(&value)) {
-        m_text += '(';
-        m_text += string->view().substr(0, string->view().find('\0'));
-        m_text += ')';
+        put('(');
+        put(string->view().substr(0, string->view().find('\0')));
+        put(')');
     } else if (const auto* hexString = std::get_if<HexString>(&value)) {
-        m_text += hexString->serialize();
+        put(hexString->serialize());
     } else if (const auto* boolean = std::get_if<bool>(&value)) {
-        m_text += *boolean ? " true" : " false";
+        put(*boolean ? " true" : " false");
     } else if (std::holds_alternative<Null>(value)) {
-        m_text += " null";
+        put(" null");
     } else if (std::holds_alternative<None>(value)) {
         throw JobParser::JobParserException("None not allowed in real objects");
     } else if (std::holds_alternative<FalseReference>(value)) {
@@ -123,63 +173,63 @@ void Writer::writeScalar(const Value& value)
     }
 }
 
-void Writer::writeNumber(double number)
+void Writer::putNumber(double number)
 {
     constexpr double mostExact = 1e15;
 
     if (number >= 1 && number < mostExact && number == std::trunc(number)) {
-        m_text += ' ';
-        writeInteger(static_cast<std::uint64_t>(number));
+        put(' ');
+        putInteger(static_cast<std::uint64_t>(number));
         return;
     }
     if (number == 0 && !std::signbit(number)) {
-        m_text += " 0";
+        put(" 0");
         return;
     }
     std::array<char, longestNumber + 1> buffer;
     const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
                                             std::chars_format::fixed, decimals);
-    m_text += ' ';
+    put(' ');
     if (error == std::errc())
-        m_text += trimmed({buffer.data(), end});
+        put(trimmed({buffer.data(), end}));
 }
 
-void Writer::writeInteger(std::uint64_t number)
+void Writer::putInteger(std::uint64_t number)
 {
     std::array<char, std::numeric_limits<std::uint64_t>::digits10 + 1> buffer;
     const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
-    m_text.append(buffer.data(), result.ptr);
+    put(std::string_view(buffer.data(), result.ptr));
 }
 
-void Writer::writeReference(const Reference& reference)
+void Writer::putReference(const Reference& reference)
 {
-    m_text += ' ';
-    writeInteger(reference.number);
-    m_text += ' ';
-    writeInteger(reference.generation);
-    m_text += " R";
+    put(' ');
+    putInteger(reference.number);
+    put(' ');
+    putInteger(reference.generation);
+    put(" R");
 }
 
-void Writer::writeName(std::string_view name)
+void Writer::putName(std::string_view name)
 {
     constexpr std::string_view digits = "0123456789abcdef";
 
-    m_text += '/';
+    put('/');
     const auto isPlain = [](char character) {
         return isNameCharacter[static_cast<unsigned char>(character)];
     };
     if (std::ranges::all_of(name, isPlain)) {
-        m_text += name;
+        put(name);
         return;
     }
     for (const char character : name) {
         const auto byte = static_cast<unsigned char>(character);
         if (isNameCharacter[byte]) {
-            m_text += character;
+            put(character);
         } else {
-            m_text += '#';
-            m_text += digits[byte >> 4];
-            m_text += digits[byte & 15];
+            put('#');
+            put(digits[byte >> 4]);
+            put(digits[byte & 15]);
         }
     }
 }

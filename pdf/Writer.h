@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -36,15 +38,24 @@ private:
         const DictionaryEntry* lastEntry;
     };
 
-    void writeNumber(double number);
-    void writeInteger(std::uint64_t number);
-    void writeScalar(const Value& value);
+    void put(char character);
+    void put(std::string_view text);
+    void putValue(const Value& value);
+    void putName(std::string_view name);
+    void putReference(const Reference& reference);
+    void putNumber(double number);
+    void putInteger(std::uint64_t number);
+    void putScalar(const Value& value);
+    void flush();
     void begin(const Value& value);
     void beginItem(const Value& item);
     void beginEntry(const DictionaryEntry& entry);
 
     std::string& m_text;
     std::vector<Frame> m_frames;
+    // Most of the text comes in pieces of a few characters, which are gathered here.
+    std::array<char, 1024> m_buffer;
+    std::size_t m_buffered = 0;
 };
 
 } // namespace Pdf

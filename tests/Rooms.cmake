@@ -153,6 +153,7 @@ add_room_tests(PdfTests
     pdf/StreamSourceTest.cpp
     pdf/TrailerNotFoundExceptionTest.cpp
     pdf/UnsupportedObjectStreamCompressionExceptionTest.cpp
+    pdf/ValueScannerTest.cpp
     pdf/ValueTapeTest.cpp
     pdf/ValueTest.cpp
     pdf/WriterTest.cpp)

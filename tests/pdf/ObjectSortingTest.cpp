@@ -44,7 +44,7 @@ TEST(ObjectSorting, NeverHoldsForDroppedWhatIsKept)
 
         const bool isKept = destinationOf(tape.build()) != Destination::Dropped;
 
-        EXPECT_TRUE(mayBeKept(tape) || !isKept) << text;
+        EXPECT_TRUE(factsOf(tape).mayBeKept || !isKept) << text;
     }
 }
 
@@ -57,7 +57,7 @@ TEST(ObjectSorting, KnowsMostOfWhatIsDroppedBeforeItIsBuilt)
         ValueTape tape;
         lexer.readValue(tape);
 
-        EXPECT_FALSE(mayBeKept(tape)) << text;
+        EXPECT_FALSE(factsOf(tape).mayBeKept) << text;
     }
 }
 
