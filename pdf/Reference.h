@@ -31,6 +31,8 @@ inline bool operator<(const Reference& a, const Reference& b)
 
 } // namespace Pdf
 
+/// \cond
 template <> struct std::hash<Pdf::Reference> {
     std::size_t operator()(const Pdf::Reference& reference) const noexcept { return reference.number; }
 };
+/// \endcond

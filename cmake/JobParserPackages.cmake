@@ -1,0 +1,85 @@
+# Debian packages, one a component of the installation: `./dev package`, or cpack in a build whose prefix is /usr.
+
+set(JOBPARSER_MAINTAINER "JobParser developers <root@localhost>" CACHE STRING
+    "Who answers for the packages, as NAME <ADDRESS>")
+
+# What every package says.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME jobparser)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+# Each has words of its own; these would stand before them.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+set(CPACK_PACKAGE_CONTACT ${JOBPARSER_MAINTAINER})
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_THREADS 0)
+# Folders of a package are readable to all, whatever the umask of who made it.
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_GROUPING IGNORE)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+# Dependencies on other libraries are read from what the binaries need.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# Tells programs that are linked to the library, when they are packed, which package that is.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+
+set(sameVersion "(= ${PROJECT_VERSION})")
+set(libraryPackage libjobparser${PROJECT_VERSION_MAJOR})
+
+# add_package(COMPONENT NAME SECTION SHORT LONG [FIELD VALUE]...): the fields are those of CPack's DEB generator.
+macro(add_package component name section short long)
+    list(APPEND CPACK_COMPONENTS_ALL ${component})
+    string(TOUPPER ${component} upper)
+    set(CPACK_DEBIAN_${upper}_DESCRIPTION "${short}\n${long}")
+    set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${name})
+    set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section})
+    set(fields ${ARGN})
+    while(fields)
+        list(POP_FRONT fields field value)
+        set(CPACK_DEBIAN_${upper}_PACKAGE_${field} "${value}")
+    endwhile()
+    # Everything that has a folder of its own there tells whose code is in it.
+    install(FILES docs/third-party.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name}
+        COMPONENT ${component} EXCLUDE_FROM_ALL)
+endmacro()
+
+set(CPACK_COMPONENTS_ALL)
+# Everywhere libcrypto is loaded when the first encrypted job is read, so that no binary names it.
+add_package(library ${libraryPackage} libs
+    "${PROJECT_DESCRIPTION}"
+    "This is the shared library, for programs in C++, C and other languages."
+    RECOMMENDS libssl3)
+add_package(development libjobparser-dev libdevel
+    "Headers of JobParser, which learns what a spooled print job is"
+    "Headers, CMake package, pkg-config file, manual of the C interface, JSON schemas and a sample configuration."
+    DEPENDS "${libraryPackage} ${sameVersion}"
+    SHLIBDEPS OFF)
+if(TARGET jobparser)
+    # It opens the shared library by its path when it is to read JSON, and shares its types with it.
+    add_package(tool jobparser utils
+        "Tells what a spooled print job is, and rewrites it"
+        "The command line tool of JobParser, with its manual page and completion for bash and zsh."
+        DEPENDS "${libraryPackage} ${sameVersion}"
+        RECOMMENDS libssl3
+        SUGGESTS jobparser-worker)
+endif()
+if(TARGET ZemJobProcessor)
+    add_package(worker jobparser-worker utils
+        "Counts and converts the pages of print jobs for JobParser"
+        "A process that JobParser asks for pages, paper and orientation. It contains MuPDF and uses Ghostscript, which\nare under the AGPL."
+        RECOMMENDS libssl3
+        ENHANCES "jobparser, ${libraryPackage}")
+endif()
+add_package(python python3-jobparser python
+    "Tells what a spooled print job is: Python module"
+    "A typed module over the C interface of JobParser."
+    DEPENDS "python3 (>= 3.9), ${libraryPackage} ${sameVersion}"
+    ARCHITECTURE all
+    SHLIBDEPS OFF)
+
+include(CPack)

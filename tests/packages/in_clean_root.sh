@@ -1,0 +1,51 @@
+# Runs as root in a Debian that has nothing but apt, with what PackagesTest.py puts into /given; tells what served.
+export DEBIAN_FRONTEND=noninteractive
+cd /given
+
+install() { apt-get install --yes --quiet=2 --no-install-recommends "$@" >/dev/null; }
+
+# wanted NAME COMMAND...: the command prints the record of the job.
+wanted() {
+    name=$1
+    shift
+    output=$("$@")
+    case $output in
+        *'"copies":5'*) echo "served: $name" ;;
+        *)
+            echo "$name does not know the job: $output"
+            exit 1
+            ;;
+    esac
+}
+
+# First with what the packages bring along, so that a dependency that they do not name is missed.
+install ./packages/jobparser_*.deb ./packages/libjobparser1_*.deb
+wanted tool jobparser info job.prn
+jobparser meta job.prn -o job.meta.json
+wanted metadata jobparser meta job.prn --from-meta job.meta.json
+
+install ./packages/python3-jobparser_*.deb
+wanted python python3 -c 'import jobparser; print("\"copies\":%d" % jobparser.parse("job.prn").info.copies)'
+
+install ./packages/libjobparser-dev_*.deb cmake make g++ pkg-config
+cmake -S consumers/cpp -B build >/dev/null
+cmake --build build >/dev/null
+wanted cmake build/consumer job.prn
+cc -std=c99 consumers/c/consumer.c -o by-pkg-config $(pkg-config --cflags --libs jobparser)
+wanted pkg-config ./by-pkg-config job.prn
+cc -std=c99 consumers/c/safe.c -o safe $(pkg-config --cflags --libs jobparser)
+wanted safe ./safe job.prn out.prn
+cmp job.prn out.prn
+
+if [ -e packages/jobparser-worker_*.deb ]; then
+    install ./packages/jobparser-worker_*.deb
+    printf '%%!PS\n/Courier findfont 20 scalefont setfont 100 100 moveto (text) show showpage\n' >page.ps
+    answer=$(printf '{"command":"parse","pdl":2,"jobPath":"/given/page.ps","grayscaleTolerance":0}\n' | ZemJobProcessor)
+    case $answer in
+        *'"monoCount":1,'*) echo "served: worker" ;;
+        *)
+            echo "The worker does not count a page: $answer"
+            exit 1
+            ;;
+    esac
+fi
