@@ -115,6 +115,10 @@ def pdf():
     return data
 
 
+def pdf_in_pjl():
+    return pjl(b"SET DUPLEX=ON", b"ENTER LANGUAGE=PDF", job=pdf())
+
+
 PRINT_TICKET = """<?xml version="1.0" encoding="UTF-8"?>
 <psf:PrintTicket xmlns:psf="http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework"
  xmlns:psk="http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords"
@@ -197,6 +201,7 @@ SAMPLES = {
     "pcl5-in-pjl.prn": pcl5_in_pjl,
     "pclxl.prn": pcl_xl,
     "pdf.pdf": pdf,
+    "pdf-in-pjl.prn": pdf_in_pjl,
     "postscript.prn": postscript,
     "prescribe.prn": prescribe,
     "xps.xps": xps,
