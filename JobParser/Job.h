@@ -57,6 +57,9 @@ public:
     /// The metadata text: the record with fonts, and all chunks. Throws Torv::GenericException for a chunk
     /// whose class is not registered (see Library::init).
     std::string toJson() const override;
+    /// Writes the same text to a stream, piece by piece, so that it never stands in memory as a whole. What
+    /// toJson or the stream throws leaves the text unfinished.
+    void writeMetadata(Torv::IO::IStream& stream) const;
     /// Takes record and chunks from parsed metadata; for an empty job. Throws
     /// Torv::VariantInvalidOperationException for a missing key or a value of the wrong kind,
     /// JobParserException for chunks that make no sense, Torv::NoFactoryException for an unknown class.

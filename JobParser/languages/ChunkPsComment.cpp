@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <limits>
 
+#include "JobParser/model/SerializationContext.h"
+
 #include "Torv/IO/IStream.h"
-#include "Torv/Json/Object.h"
+#include "Torv/Json/Json.h"
 #include "Torv/Log/ILog.h"
 #include "Torv/Text.h"
 #include "Torv/Variant.h"
@@ -30,11 +32,13 @@ void ChunkPsComment::dump(Torv::Log::ILog& log)
     log.write(Torv::Log::LevelDump, std::string(Torv::trim(comment)), "", false, "", 0);
 }
 
-std::string ChunkPsComment::toJson(SerializationContext&) const
+std::string ChunkPsComment::toJson(SerializationContext& context) const
 {
-    Torv::Json::Object dto;
-    dto.add("comment", comment);
-    return dto.take();
+    std::string dto = context.emptyText();
+    dto += R"({"comment":)";
+    Torv::Json::appendString(dto, comment);
+    dto += '}';
+    return dto;
 }
 
 } // namespace JobParser

@@ -2,9 +2,10 @@
 
 #include "JobParser/JobFile.h"
 #include "JobParser/JobParserException.h"
+#include "JobParser/model/SerializationContext.h"
 
 #include "Torv/Format.h"
-#include "Torv/Json/Object.h"
+#include "Torv/Json/Json.h"
 #include "Torv/Log/ILog.h"
 #include "Torv/Variant.h"
 
@@ -28,12 +29,15 @@ void ChunkRawData::dump(Torv::Log::ILog& log)
     log.write(Torv::Log::LevelDump, Torv::format("Raw (%I64d bytes)", m_size), "", false, "", 0);
 }
 
-std::string ChunkRawData::toJson(SerializationContext&) const
+std::string ChunkRawData::toJson(SerializationContext& context) const
 {
-    Torv::Json::Object dto;
-    dto.add("offset", offset);
-    dto.add("size", m_size);
-    return dto.take();
+    std::string dto = context.emptyText();
+    dto += R"({"offset":)";
+    Torv::Json::appendNumber(dto, offset);
+    dto += R"(,"size":)";
+    Torv::Json::appendNumber(dto, m_size);
+    dto += '}';
+    return dto;
 }
 
 } // namespace JobParser

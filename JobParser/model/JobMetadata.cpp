@@ -1,5 +1,8 @@
 // The persistence of Job: its metadata text, and the way back.
 
+#include <algorithm>
+#include <limits>
+
 #include "JobParser/Job.h"
 #include "JobParser/model/SerializationContext.h"
 #include "JobParser/model/UnserializationContext.h"
@@ -7,6 +10,7 @@
 #include "Torv/Data/FileReader.h"
 #include "Torv/Format.h"
 #include "Torv/GenericException.h"
+#include "Torv/IO/IStream.h"
 #include "Torv/Json/Json.h"
 #include "Torv/Variant.h"
 #include "Torv/VariantInvalidOperationException.h"
@@ -20,6 +24,31 @@ namespace
 constexpr std::string_view metadataSuffix = ".meta.json";
 // Bytes that a chunk's text seldom exceeds, so that the text of a long list grows without being moved.
 constexpr std::size_t usualChunkText = 96;
+// Bytes that are written at once. They stay in the processor's cache from the first to the last piece.
+constexpr std::size_t pieceSize = 64 * 1024;
+
+/// Appends the text to `text`, and calls `pass` behind each chunk, which may take away what is there.
+template <typename Pass> void appendMetadata(const Job& job, std::string& text, Pass pass)
+{
+    SerializationContext context;
+    text += "{\"jobInfo\":" + job.jobInfo.toJsonFull() + ",\"chunks\":[";
+    const char* separator = "";
+    for (const auto& chunk : job.chunks) {
+        text += separator;
+        separator = ",";
+        context.appendListed(text, chunk);
+        pass();
+    }
+    text += "]}";
+}
+
+void writePiece(Torv::IO::IStream& stream, const std::string& piece)
+{
+    constexpr std::size_t most = std::numeric_limits<std::uint32_t>::max();
+    for (std::size_t written = 0; written < piece.size(); written += most)
+        stream.write(piece.data() + written,
+                     static_cast<std::uint32_t>(std::min(most, piece.size() - written)));
+}
 
 } // namespace
 
@@ -41,12 +70,23 @@ Job::Job(const std::string& path)
 
 std::string Job::toJson() const
 {
-    SerializationContext context;
-    std::string text = "{\"jobInfo\":" + jobInfo.toJsonFull() + ",\"chunks\":[";
-    text.reserve(text.size() + chunks.size() * usualChunkText);
-    context.appendChunks(text, chunks);
-    text += "]}";
+    std::string text;
+    text.reserve(chunks.size() * usualChunkText);
+    appendMetadata(*this, text, [] {});
     return text;
+}
+
+void Job::writeMetadata(Torv::IO::IStream& stream) const
+{
+    std::string piece;
+    piece.reserve(pieceSize + usualChunkText);
+    appendMetadata(*this, piece, [&] {
+        if (piece.size() < pieceSize)
+            return;
+        writePiece(stream, piece);
+        piece.clear();
+    });
+    writePiece(stream, piece);
 }
 
 void Job::fillFrom(const Torv::Variant& metadata)

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <boost/unordered/unordered_flat_map.hpp>
-#include <charconv>
 
 #include "JobParser/IChunk.h"
 #include "JobParser/model/Reflection.h"
@@ -17,18 +16,6 @@ struct SerializationContext::Ids {
     boost::unordered_flat_map<std::shared_ptr<IChunk>, std::int32_t, std::hash<std::shared_ptr<IChunk>>>
         byChunk;
 };
-
-namespace
-{
-
-void appendNumber(std::string& json, std::int32_t number)
-{
-    char digits[16];
-    const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-    json.append(digits, end);
-}
-
-} // namespace
 
 SerializationContext::SerializationContext() : m_ids(std::make_unique<Ids>()) {}
 
@@ -48,19 +35,14 @@ std::string SerializationContext::serializeAlone(const IChunk& chunk)
     return json;
 }
 
-void SerializationContext::appendChunks(std::string& json, const std::vector<std::shared_ptr<IChunk>>& chunks)
+void SerializationContext::appendListed(std::string& json, const std::shared_ptr<IChunk>& chunk)
 {
-    const char* separator = "";
-    for (const auto& chunk : chunks) {
-        json += separator;
-        separator = ",";
-        // What nobody but the list holds stands nowhere else, so that nothing can refer to it. Nearly all
-        // chunks are so, and keeping them in mind would cost more than writing them.
-        if (chunk.use_count() == 1)
-            appendDefinition(json, *chunk, ++m_lastId);
-        else
-            appendChunk(json, chunk);
-    }
+    // What nobody but the list holds stands nowhere else, so that nothing can refer to it. Nearly all chunks
+    // are so, and keeping them in mind would cost more than writing them.
+    if (chunk.use_count() == 1)
+        appendDefinition(json, *chunk, ++m_lastId);
+    else
+        appendChunk(json, chunk);
 }
 
 void SerializationContext::appendChunk(std::string& json, const std::shared_ptr<IChunk>& chunk)
@@ -74,7 +56,7 @@ void SerializationContext::appendChunk(std::string& json, const std::shared_ptr<
     if (isNew)
         appendDefinition(json, *chunk, ++m_lastId);
     else
-        appendNumber(json, place->second);
+        Torv::Json::appendNumber(json, place->second);
 }
 
 void SerializationContext::appendDefinition(std::string& json, const IChunk& chunk, std::int32_t id)
@@ -82,15 +64,17 @@ void SerializationContext::appendDefinition(std::string& json, const IChunk& chu
     const std::type_info& type = typeid(chunk);
     const auto known = std::ranges::find(m_knownClasses, &type, &KnownClass::type);
     json += known != m_knownClasses.end() ? known->start : addKnownClass(chunk);
-    appendNumber(json, id);
+    Torv::Json::appendNumber(json, id);
     json += ",\"dto\":";
-    const std::string dto = chunk.toJson(*this);
+    std::string dto = chunk.toJson(*this);
     // A text of megabytes is not to be moved once more for the few characters that follow it.
     constexpr std::size_t large = 65536;
     if (dto.size() > large)
         json.reserve(json.size() + dto.size() + large);
     json += dto;
     json += '}';
+    dto.clear();
+    m_spareText = std::move(dto);
 }
 
 const std::string& SerializationContext::addKnownClass(const IChunk& chunk)

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <typeinfo>
+#include <utility>
 #include <vector>
 
 #include "JobParser/Export.h"
@@ -34,9 +35,12 @@ public:
         return part.use_count() == 1 ? serializeAlone(*part) : serializeChunk(part);
     }
 
-    /// Appends the texts of a list of chunks, with commas between them. The list stays as it is meanwhile,
-    /// and has not been written in this context before.
-    void appendChunks(std::string& json, const std::vector<std::shared_ptr<IChunk>>& chunks);
+    /// Appends the text of an element of a list of chunks. The list stays as it is until all of it is
+    /// written, and has not been written in this context before.
+    void appendListed(std::string& json, const std::shared_ptr<IChunk>& chunk);
+
+    /// An empty text for a chunk's toJson to build on, with the room of one that was written before.
+    std::string emptyText() { return std::exchange(m_spareText, {}); }
 
 private:
     struct Ids;
@@ -55,6 +59,7 @@ private:
 
     std::unique_ptr<Ids> m_ids;
     std::vector<KnownClass> m_knownClasses;
+    std::string m_spareText;
     std::int32_t m_lastId = 1;
 };
 

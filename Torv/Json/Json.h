@@ -1,5 +1,8 @@
 #pragma once
 
+#include <array>
+#include <charconv>
+#include <concepts>
 #include <string>
 #include <string_view>
 
@@ -21,5 +24,13 @@ TORV_EXPORT std::string _encodeString(std::string_view bytes);
 
 /// Appends what _encodeString gives.
 TORV_EXPORT void appendString(std::string& out, std::string_view bytes);
+
+/// Appends the decimal digits of a number.
+template <std::integral T> void appendNumber(std::string& out, T number)
+{
+    std::array<char, 20> digits; // -9223372036854775808 and 18446744073709551615 have 20.
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+    out.append(digits.data(), end);
+}
 
 } // namespace Torv::Json

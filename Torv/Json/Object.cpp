@@ -1,25 +1,10 @@
 #include "Torv/Json/Object.h"
 
-#include <array>
-#include <charconv>
-
 #include "Torv/Json/Array.h"
 #include "Torv/Json/Json.h"
 
 namespace Torv::Json
 {
-namespace
-{
-
-template <typename T> void appendNumber(std::string& out, T value)
-{
-    std::array<char, 20> digits; // -9223372036854775808 and 18446744073709551615 have 20.
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-    out.append(digits.data(), end);
-}
-
-} // namespace
-
 void Object::add(std::string_view key, std::string_view value)
 {
     addKey(key);

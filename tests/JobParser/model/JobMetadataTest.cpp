@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -16,6 +17,7 @@
 #include "tests/support/SparseFile.h"
 
 #include "Torv/GenericException.h"
+#include "Torv/IO/StringStream.h"
 #include "Torv/Json/Json.h"
 #include "Torv/NoFactoryException.h"
 #include "Torv/VariantInvalidOperationException.h"
@@ -167,6 +169,65 @@ TEST_F(JobMetadata, RejectsAChunkOfAClassThatIsNotRegistered)
     job.appendChunk(std::make_shared<ChunkLocal>());
 
     EXPECT_THROW(job.toJson(), Torv::GenericException);
+    Torv::IO::StringStream stream;
+    EXPECT_THROW(job.writeMetadata(stream), Torv::GenericException);
+}
+
+/// Keeps what is written, and the size of the largest piece.
+class PieceStream : public Torv::IO::StringStream
+{
+public:
+    void write(const void* data, std::uint32_t size) override
+    {
+        largest = std::max(largest, size);
+        StringStream::write(data, size);
+    }
+
+    std::uint32_t largest = 0;
+};
+
+TEST_F(JobMetadata, IsWrittenToAStreamAsItIsGivenAsAText)
+{
+    Job job;
+    job.appendChunk(std::make_shared<ChunkUel>());
+    job.appendChunk(nullptr);
+    job.appendChunk(std::make_shared<ChunkRawData>(9, 1000));
+    Torv::IO::StringStream stream;
+
+    job.writeMetadata(stream);
+
+    EXPECT_EQ(stream.str(), withChunks(R"({"class":"UelE","id":2,"dto":{}},null,)"
+                                       R"({"class":"RawDataE","id":3,"dto":{"offset":9,"size":1000}})"));
+}
+
+TEST_F(JobMetadata, OfManyChunksIsWrittenInSmallPieces)
+{
+    Job job;
+    const auto shared = std::make_shared<ChunkText>("stands in all pieces");
+    for (std::int64_t i = 0; i < 10000; ++i) {
+        job.appendChunk(std::make_shared<ChunkRawData>(i, 1));
+        job.appendChunk(shared);
+    }
+    PieceStream stream;
+
+    job.writeMetadata(stream);
+
+    EXPECT_EQ(stream.str(), job.toJson());
+    EXPECT_GT(stream.str().size(), 500000U);
+    EXPECT_LT(stream.largest, 66000U);
+}
+
+TEST_F(JobMetadata, WithALongChunkIsWrittenWhole)
+{
+    Job job;
+    job.appendChunk(std::make_shared<ChunkText>(std::string(300000, 'x')));
+    job.appendChunk(std::make_shared<ChunkRawData>(0, 1));
+    job.appendChunk(std::make_shared<ChunkText>("short again"));
+    Torv::IO::StringStream stream;
+
+    job.writeMetadata(stream);
+
+    EXPECT_EQ(stream.str(), job.toJson());
 }
 
 TEST(JobMetadataPath, HasTheSuffixOnce)

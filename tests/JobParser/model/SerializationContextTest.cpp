@@ -101,6 +101,18 @@ TEST_F(SerializationContextTest, EndsAChunkThatHoldsItselfWithItsNumber)
     EXPECT_EQ(context.serializeChunk(chunk), R"({"class":"HolderE","id":2,"dto":{"held":2}})");
 }
 
+TEST_F(SerializationContextTest, GivesAnEmptyTextToBuildOnWhateverWasWrittenBefore)
+{
+    EXPECT_EQ(context.emptyText(), "");
+    context.serializeChunk(std::make_shared<ChunkText>(std::string(1000, 'x')));
+
+    const std::string text = context.emptyText();
+
+    EXPECT_EQ(text, "");
+    EXPECT_GE(text.capacity(), 1000U);
+    EXPECT_EQ(context.emptyText(), "");
+}
+
 TEST_F(SerializationContextTest, RejectsAChunkOfAClassThatIsNotRegistered)
 {
     class ChunkLocal : public ChunkUel

@@ -1,6 +1,8 @@
 #include "Torv/Json/Json.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
+#include <limits>
 #include <random>
 #include <string>
 
@@ -137,6 +139,18 @@ TEST(Json, AppendsBehindWhatIsThere)
     appendString(out, "y");
 
     EXPECT_EQ(out, "x\"y\"");
+}
+
+TEST(Json, AppendsNumbersOfAllSizes)
+{
+    std::string out = "x";
+
+    appendNumber(out, 0);
+    appendNumber(out, std::numeric_limits<std::int64_t>::min());
+    appendNumber(out, std::numeric_limits<std::int64_t>::max());
+    appendNumber(out, std::numeric_limits<std::uint64_t>::max());
+
+    EXPECT_EQ(out, "x0-9223372036854775808922337203685477580718446744073709551615");
 }
 
 TEST(Json, KeepsAllPairsOfBytes)
