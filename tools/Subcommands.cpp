@@ -107,7 +107,7 @@ std::string placeBeside(const std::string& file)
 
 void writeMetadata(const Job& job, Torv::IO::IStream& stream)
 {
-    writeText(stream, job.toJson());
+    job.writeMetadata(stream);
     writeText(stream, "\n");
 }
 
@@ -179,7 +179,9 @@ void writeResult(LoadedJob& loaded, const Options& options)
 ExitStatus runOnJob(const Options& options)
 {
     try {
-        LoadedJob loaded;
+        // The process ends with this job, and the system takes its memory back at once. Freed by us, it would
+        // go a chunk at a time.
+        static LoadedJob& loaded = *new LoadedJob;
         load(loaded, options);
         writeResult(loaded, options);
         return loaded.parsed ? StatusDone : StatusNotParsed;
