@@ -1,4 +1,4 @@
-"""The programs and commands of README.md and docs/hosting.md do what they say, as they stand there.
+"""The programs and commands of README.md, docs/hosting.md and the Python module do what they say, as they stand there.
 
 SOURCE_DIR is the sources, BUILD_DIR the build, CMAKE the program. Those of docs/rewriting.md have a test of their own.
 """
@@ -9,7 +9,9 @@ import re
 import shlex
 import shutil
 import subprocess
+import sys
 import tempfile
+import textwrap
 import unittest
 
 SOURCE = pathlib.Path(os.environ["SOURCE_DIR"])
@@ -169,6 +171,24 @@ class Blocks(unittest.TestCase):
         self.assertEqual(output[1:3], ["null", str(len(JOB))])
         self.assertRegex(output[3], r"^Assertion failed: argc == 0 \| file=host \| function=main$")
         self.assertEqual(len(output), 4)
+
+    def test_example_of_the_python_module_does_what_it_says(self):
+        module = next(self.prefix.rglob("jobparser/__init__.py"))
+        text = module.read_text(encoding="utf-8")
+        example = textwrap.dedent(re.search(r"^    import jobparser\n.*?(?=^\S)", text, re.MULTILINE | re.DOTALL).group())
+        environment = {name: value for name, value in os.environ.items() if name != "JOBPARSER_LIBRARY"}
+
+        output = run(sys.executable, "-B", "-c", example, cwd=self.folder,
+                     env={**environment, "PYTHONPATH": str(module.parents[1])})
+
+        self.assertRegex(output, r"^\S+ 5\n$")
+        self.assertIn(b"@PJL SET DUPLEX=ON\r\n", (self.folder / "out.prn").read_bytes())
+
+    def test_no_other_document_shows_programs(self):
+        documents = {*SOURCE.glob("*.md"), *SOURCE.glob("docs/**/*.md")}
+        showing = {path.name for path in documents if FENCED.search(path.read_text(encoding="utf-8"))}
+
+        self.assertEqual(showing, {"README.md", "hosting.md", "rewriting.md"})
 
 
 if __name__ == "__main__":

@@ -3,6 +3,7 @@
 SOURCE_DIR is the root of the sources.
 """
 
+import json
 import os
 import pathlib
 import re
@@ -45,6 +46,14 @@ class Links(unittest.TestCase):
 
         self.assertIn("package", known)
         self.assertEqual([pair for pair in sorted(named) if pair[1] not in known], [])
+
+    def test_name_presets_that_are_there(self):
+        presets = {preset["name"] for preset in json.loads((SOURCE / "CMakePresets.json").read_text())["configurePresets"]}
+        named = {(document.name, preset) for document in DOCUMENTS
+                 for preset in re.findall(r"--preset (\w+)", document.read_text(encoding="utf-8"))}
+
+        self.assertIn(("CONTRIBUTING.md", "asan"), named)
+        self.assertEqual([pair for pair in sorted(named) if pair[1] not in presets], [])
 
     def test_name_sources_that_are_there(self):
         missing = []

@@ -89,6 +89,15 @@ class Installed(unittest.TestCase):
 
         self.assert_knows_the_job(run(build / "consumer", self.job))
 
+    def test_serves_a_cpp_program_by_pkg_config(self):
+        program = self.folder / "cpp-by-pkg-config"
+        environment = {**os.environ, "PKG_CONFIG_PATH": str(self.library.parent / "pkgconfig")}
+        flags = run("pkg-config", "--cflags", "--libs", "jobparser", env=environment).decode().split()
+        run("g++", "-std=c++20", "-Wall", "-Wextra", "-Werror", CONSUMERS / "cpp/consumer.cpp", "-o", program, *flags,
+            f"-Wl,-rpath,{self.library.parent}")
+
+        self.assert_knows_the_job(run(program, self.job))
+
     def test_serves_a_c_program_by_pkg_config(self):
         program = self.folder / "consumer"
         environment = {**os.environ, "PKG_CONFIG_PATH": str(self.library.parent / "pkgconfig")}

@@ -124,7 +124,8 @@ class Library(unittest.TestCase):
     def test_asks_for_the_libraries_it_is_linked_to(self):
         needed = relations(self.PACKAGE, "Depends")
 
-        self.assertLessEqual({"libc6", "libstdc++6", "libgcc-s1", "libminizip1", "libre2-9", "libsimdjson14"}, set(needed))
+        self.assertLessEqual(
+            {"libc6", "libstdc++6", "libgcc-s1", "libminizip1", "libre2-9", "libsimdjson14", "zlib1g"}, set(needed))
 
     def test_asks_for_no_ciphers_but_recommends_them(self):
         self.assertNotIn("libssl3", relations(self.PACKAGE, "Depends"))
@@ -231,7 +232,7 @@ class CleanRoot(unittest.TestCase):
                 "mmdebstrap", "--variant=apt", f"--customize-hook=copy-in {given} /",
                 "--customize-hook=chroot \"$1\" sh -e /given/in_clean_root.sh", "bookworm", "/dev/null", timeout=3000)
 
-        wanted = ["tool", "metadata", "python", "cmake", "pkg-config", "safe"]
+        wanted = ["tool", "metadata", "python", "cmake", "cpp-pkg-config", "pkg-config", "safe"]
         self.assertEqual(re.findall(r"^served: (\S+)$", output, re.MULTILINE), wanted + ["worker"] * WITH_WORKER)
 
 

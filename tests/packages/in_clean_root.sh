@@ -31,6 +31,8 @@ install ./packages/libjobparser-dev_*.deb cmake make g++ pkg-config
 cmake -S consumers/cpp -B build >/dev/null
 cmake --build build >/dev/null
 wanted cmake build/consumer job.prn
+g++ -std=c++20 consumers/cpp/consumer.cpp -o cpp-by-pkg-config $(pkg-config --cflags --libs jobparser)
+wanted cpp-pkg-config ./cpp-by-pkg-config job.prn
 cc -std=c99 consumers/c/consumer.c -o by-pkg-config $(pkg-config --cflags --libs jobparser)
 wanted pkg-config ./by-pkg-config job.prn
 cc -std=c99 consumers/c/safe.c -o safe $(pkg-config --cflags --libs jobparser)
