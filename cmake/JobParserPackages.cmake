@@ -72,6 +72,7 @@ if(TARGET ZemJobProcessor)
     add_package(worker jobparser-worker utils
         "Counts and converts the pages of print jobs for JobParser"
         "A process that JobParser asks for pages, paper and orientation. It contains MuPDF and uses Ghostscript, which\nare under the AGPL."
+        DEPENDS libgs10 # Loaded when the first PostScript job comes.
         RECOMMENDS libssl3
         ENHANCES "jobparser, ${libraryPackage}")
 endif()
