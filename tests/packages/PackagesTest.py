@@ -2,7 +2,7 @@
 
 PACKAGES is a folder of packages; without it those of BUILD_DIR are made. SOURCE_DIR is the sources, VERSION what is
 packed, WORKER whether the worker was built. With JOBPARSER_CLEAN_ROOT=1 the packages are installed into a root made
-for it by mmdebstrap, which takes minutes and fetches packages of Debian.
+for it by mmdebstrap, which takes a minute or more and fetches packages of Debian.
 """
 
 import os

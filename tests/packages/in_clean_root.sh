@@ -1,4 +1,5 @@
 # Runs as root in a Debian that has nothing but apt, with what PackagesTest.py puts into /given; tells what served.
+set -e
 export DEBIAN_FRONTEND=noninteractive
 cd /given
 
@@ -28,19 +29,21 @@ install ./packages/python3-jobparser_*.deb
 wanted python python3 -c 'import jobparser; print("\"copies\":%d" % jobparser.parse("job.prn").info.copies)'
 
 install ./packages/libjobparser-dev_*.deb cmake make g++ pkg-config
+flags=$(pkg-config --cflags --libs jobparser)
 cmake -S consumers/cpp -B build >/dev/null
 cmake --build build >/dev/null
 wanted cmake build/consumer job.prn
-g++ -std=c++20 consumers/cpp/consumer.cpp -o cpp-by-pkg-config $(pkg-config --cflags --libs jobparser)
+g++ -std=c++20 consumers/cpp/consumer.cpp -o cpp-by-pkg-config $flags
 wanted cpp-pkg-config ./cpp-by-pkg-config job.prn
-cc -std=c99 consumers/c/consumer.c -o by-pkg-config $(pkg-config --cflags --libs jobparser)
+cc -std=c99 consumers/c/consumer.c -o by-pkg-config $flags
 wanted pkg-config ./by-pkg-config job.prn
-cc -std=c99 consumers/c/safe.c -o safe $(pkg-config --cflags --libs jobparser)
+cc -std=c99 consumers/c/safe.c -o safe $flags
 wanted safe ./safe job.prn out.prn
 cmp job.prn out.prn
 
-if [ -e packages/jobparser-worker_*.deb ]; then
-    install ./packages/jobparser-worker_*.deb
+for worker in ./packages/jobparser-worker_*.deb; do
+    [ -e "$worker" ] || continue
+    install "$worker"
     printf '%%!PS\n/Courier findfont 20 scalefont setfont 100 100 moveto (text) show showpage\n' >page.ps
     answer=$(printf '{"command":"parse","pdl":2,"jobPath":"/given/page.ps","grayscaleTolerance":0}\n' | ZemJobProcessor)
     case $answer in
@@ -50,4 +53,4 @@ if [ -e packages/jobparser-worker_*.deb ]; then
             exit 1
             ;;
     esac
-fi
+done
