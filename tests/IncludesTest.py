@@ -77,9 +77,8 @@ def wrong_includes(root):
                 layer = layer_of(included)
                 if layer is None and included.split("/")[0] not in ROOTS:
                     continue
-                if layer is None or layer > highest:
                 apart = any(included.startswith(room + "/") != path.startswith(room + "/") for room in APART)
-                if layer is None or layer > layer_of(path) or apart and layer == layer_of(path):
+                if layer is None or layer > highest or apart and layer == layer_of(path):
                     yield path, included
 
 

@@ -8,12 +8,12 @@
 #include <new>
 #include <optional>
 #include <poll.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
 
+#include "worker/ParentDeath.h"
 #include "worker/WorkerException.h"
 
 #include "Torv/SystemError.h"
@@ -158,11 +158,12 @@ void Sandbox::prepare()
         throw WorkerException(ErrorCode::Failed, Torv::systemError(errno));
     m_replies = Descriptor(replies[0]);
     Descriptor output(replies[1]);
+    const pid_t self = ::getpid();
     m_child = ::fork();
     if (m_child < 0)
         throw WorkerException(ErrorCode::Failed, Torv::systemError(errno));
     if (m_child == 0)
-        runChild(input.get(), output.get());
+        runChild(input.get(), output.get(), self);
     ::setpgid(m_child, m_child);
 }
 
@@ -198,11 +199,13 @@ void Sandbox::bury()
     m_ended = -1;
 }
 
-void Sandbox::runChild(int input, int output) const
+void Sandbox::runChild(int input, int output, pid_t parent)
 {
     ::setpgid(0, 0);
-    // Nobody would end the child if this process were killed.
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    endWithParent(parent);
+    // With the other ends in its own hands the child would not see that nobody has them any more.
+    m_requests.close();
+    m_replies.close();
     applyLimits();
     const std::optional<Message> request = receive(input, longestWait);
     if (request && request->isWhole) {

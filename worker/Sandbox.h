@@ -47,7 +47,7 @@ public:
     void prepare();
 
 private:
-    [[noreturn]] void runChild(int input, int output) const;
+    [[noreturn]] void runChild(int input, int output, pid_t parent);
     void applyLimits() const;
     static pid_t end(pid_t child);
     void bury();

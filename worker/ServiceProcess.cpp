@@ -6,11 +6,11 @@
 #include <cstdint>
 #include <cstring>
 #include <optional>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "worker/ParentDeath.h"
 #include "worker/Service.h"
 #include "worker/WorkerException.h"
 
@@ -69,6 +69,7 @@ void ServiceProcess::start()
         throw WorkerException(ErrorCode::Failed, Torv::systemError(errno));
     m_socket = Descriptor(ends[0]);
     Descriptor other(ends[1]);
+    const pid_t self = ::getpid();
     m_process = ::fork();
     if (m_process < 0) {
         m_socket.close();
@@ -76,6 +77,7 @@ void ServiceProcess::start()
     }
     if (m_process == 0) {
         m_socket.close();
+        endWithParent(self);
         serve(other.get());
     }
 }
@@ -93,7 +95,6 @@ void ServiceProcess::stop()
 
 void ServiceProcess::serve(int socket) const
 {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     try {
         Service service(m_options);
         service.warmUp();

@@ -111,7 +111,7 @@ class Blocks(unittest.TestCase):
         return [code for _, code in found]
 
     def test_programs_of_the_first_page_are_built_by_its_commands(self):
-        store, info = self.programs(README, "cpp", "c")
+        store, module, info = self.programs(README, "cpp", "python", "c")
         (self.folder / "store.cpp").write_text(store, encoding="utf-8")
         (self.folder / "info.c").write_text(info, encoding="utf-8")
         install, exports, *compilers = commands_with(README, "cmake --install")
@@ -127,6 +127,9 @@ class Blocks(unittest.TestCase):
         self.assertEqual(outputs[0], "PCL 5, 5 copies\n")
         self.assertRegex((self.folder / "job.prn.meta.json").read_text(), '"copies":5')
         self.assertRegex(outputs[1], r'^\{"version":1,"pjl":true,"pdl":1,.*"copies":5,.*\}\n$')
+        folder = next(self.prefix.rglob("jobparser/__init__.py")).parents[1]
+        shown = run(sys.executable, "-B", "-c", module, cwd=self.folder, env={**self.environment, "PYTHONPATH": str(folder)})
+        self.assertRegex(shown, r"^\S+ 5 \d+\n$")
 
     def test_session_of_the_first_page_goes_as_it_stands_there(self):
         run("python3", "-B", SOURCE / "samples/make_samples.py", self.folder / "build/samples")
@@ -155,7 +158,7 @@ class Blocks(unittest.TestCase):
             self.assertRegex(usage, rf"(?m)^  {command} ")
 
     def test_pieces_for_hosts_do_what_they_say(self):
-        encrypted, guarded, handler = self.programs(HOSTING, "cpp", "cpp", "cpp")
+        encrypted, safe, guarded, handler = self.programs(HOSTING, "cpp", "c", "cpp", "cpp")
         function, statement = re.fullmatch(r"(.*^\}\n)\s*(\S[^\n]*\n)", handler, re.MULTILINE | re.DOTALL).groups()
         (self.folder / "host.cpp").write_text(
             HOST % {"encrypted": encrypted, "guarded": guarded, "handler": function, "installed": statement},
@@ -171,6 +174,12 @@ class Blocks(unittest.TestCase):
         self.assertEqual(output[1:3], ["null", str(len(JOB))])
         self.assertRegex(output[3], r"^Assertion failed: argc == 0 \| file=host \| function=main$")
         self.assertEqual(len(output), 4)
+
+        (self.folder / "duplex.c").write_text(safe, encoding="utf-8")
+        run("sh", "-e", "-c", "cc -std=c99 -Wall -Wextra -Werror duplex.c -o duplex $(pkg-config --cflags --libs jobparser)",
+            cwd=self.folder, env=self.environment)
+        run("./duplex", "job.prn", "duplex.prn", cwd=self.folder, env=self.environment)
+        self.assertIn(b"@PJL SET DUPLEX=ON\r\n", (self.folder / "duplex.prn").read_bytes())
 
     def test_example_of_the_python_module_does_what_it_says(self):
         module = next(self.prefix.rglob("jobparser/__init__.py"))
