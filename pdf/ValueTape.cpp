@@ -139,12 +139,13 @@ void ValueTape::sortKeys(std::size_t open)
     if (isSorted)
         return;
     const auto keys = std::span(m_keys).subspan(first);
-    std::ranges::sort(keys, [](const KeyedValue& a, const KeyedValue& b) {
+    std::sort(keys.begin(), keys.end(), [](const KeyedValue& a, const KeyedValue& b) {
         const int order = a.key.compare(b.key);
         return order != 0 ? order < 0 : a.value < b.value;
     });
-    const auto repeated = std::ranges::unique(keys, {}, &KeyedValue::key);
-    m_keys.resize(m_keys.size() - repeated.size());
+    const auto isSame = [](const KeyedValue& a, const KeyedValue& b) { return a.key == b.key; };
+    const auto repeated = std::unique(keys.begin(), keys.end(), isSame);
+    m_keys.resize(m_keys.size() - static_cast<std::size_t>(keys.end() - repeated));
 }
 
 // The names of a document are few; those that do not stand in a value itself are shared.
