@@ -7,6 +7,7 @@ import os
 import pathlib
 from collections.abc import Iterator
 from ctypes import POINTER, Structure, c_char_p, c_int32, c_int64, c_size_t, c_uint32, c_void_p
+from typing import Any
 
 from ._errors import error_of
 
@@ -48,7 +49,7 @@ class Step(Structure):
 # The arguments of every function that gives a status, but for the last, which is the error text. A text comes
 # back as a bare pointer, since it is to be freed.
 _TEXT = POINTER(c_void_p)
-_FUNCTIONS = {
+_FUNCTIONS: dict[str, list[Any]] = {
     "jobParserSetUp": [POINTER(SetUpOptions)],
     "jobParserParse": [c_char_p, POINTER(ParseOptions), POINTER(c_void_p)],
     "jobParserLoad": [c_char_p, c_char_p, POINTER(c_void_p)],

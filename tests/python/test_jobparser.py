@@ -395,6 +395,28 @@ class TestInterface:
     def test_tells_the_version(self):
         assert jobparser.version() == "1.0.0"
 
+    @pytest.mark.skipif(shutil.which("mypy") is None, reason="There is no mypy")
+    def test_has_types_that_hold_for_module_and_callers(self, tmp_path):
+        caller = tmp_path / "caller.py"
+        caller.write_text(
+            "import jobparser\n"
+            "from jobparser import steps\n"
+            "with jobparser.parse(b'job') as job:\n"
+            "    copies: int | None = job.info.copies\n"
+            "    sizes: list[int] = [chunk.size for chunk in job.chunks[1:]]\n"
+            "    job.rewrite('out', steps.set('COPIES', '2'))\n"
+            "    wrong: str = job.info.copies\n"
+        )
+
+        command = ["mypy", "--strict", "--cache-dir", tmp_path / "cache"]
+        module = subprocess.run([*command, SOURCE / "python/jobparser"], capture_output=True, text=True)
+        use = subprocess.run(
+            [*command, caller], capture_output=True, text=True, env={**os.environ, "MYPYPATH": str(SOURCE / "python")}
+        )
+
+        assert module.stdout.startswith("Success: no issues found"), module.stdout + module.stderr
+        assert re.findall(r"caller.py:(\d+): error", use.stdout) == ["7"], use.stdout + use.stderr
+
     def test_is_typed(self):
         assert pathlib.Path(jobparser.__file__).with_name("py.typed").is_file()
         assert all(dataclasses.is_dataclass(kind) for kind in (jobparser.JobInfo, jobparser.Chunk, jobparser.Step))
