@@ -44,6 +44,20 @@ class Pages(unittest.TestCase):
             # Pages of ours that are not installed yet are not found.
             self.assertEqual(done.stdout, "", page.name)
 
+    def test_fit_a_terminal_of_80_columns(self):
+        if not shutil.which("groff"):
+            self.skipTest("There is no groff")
+        for page in PAGES:
+            done = subprocess.run(
+                ["groff", "-mandoc", "-Tutf8", "-Kutf8", "-ww", "-rLL=80n", page], capture_output=True, text=True
+            )
+            lines = re.sub("\x1b\\[[0-9;]*m|.\b", "", done.stdout).splitlines()
+
+            self.assertEqual(done.stderr, "", page.name)
+            # Examples are to be copied, so a long command is not broken.
+            self.assertEqual([line for line in lines if len(line) > 80 and not line.startswith(" " * 11)], [], page.name)
+            self.assertRegex(lines[-1], r"^JobParser +\w+ \d+, \d{4} +JobParser$")
+
     def test_of_the_tool_holds_every_option_with_its_help(self):
         if not shutil.which("mandoc"):
             self.skipTest("There is no mandoc")

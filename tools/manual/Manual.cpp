@@ -154,7 +154,7 @@ std::string roffStatuses(const std::vector<std::string>& lines)
 std::string manualPage()
 {
     const std::vector<SubcommandDescription> subcommands = JobParser::Tool::describeCommandLine();
-    std::string page = ".Dd November 21, 2026\n.Dt JOBPARSER 1\n.Os\n.Sh NAME\n.Nm jobparser\n"
+    std::string page = ".Dd November 21, 2026\n.Dt JOBPARSER 1\n.Os JobParser\n.Sh NAME\n.Nm jobparser\n"
                        ".Nd tells what a spooled print job is, without rendering it\n.Sh SYNOPSIS\n";
     for (const SubcommandDescription& subcommand : subcommands)
         page += ".Nm\n.Cm " + subcommand.name + "\n.Ar " + roffArgument(subcommand.usage) + '\n';
