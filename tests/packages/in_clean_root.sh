@@ -19,11 +19,21 @@ wanted() {
     esac
 }
 
+echo 'begun: packages'
+
 # First with what the packages bring along, so that a dependency that they do not name is missed.
 install ./packages/jobparser_*.deb ./packages/libjobparser1_*.deb
 wanted tool jobparser info job.prn
 jobparser meta job.prn -o job.meta.json
 wanted metadata jobparser meta job.prn --from-meta job.meta.json
+
+# A small root leaves manual pages away, so what is packed is looked at.
+dpkg-deb --fsys-tarfile ./packages/jobparser_*.deb | tar -xOf - ./usr/share/man/man1/jobparser.1.gz | gzip -dc |
+    grep -q '^\.Sh EXIT STATUS$'
+echo 'served: manual'
+bash -c '. /usr/share/bash-completion/completions/jobparser
+    COMP_WORDS=(jobparser rewr) COMP_CWORD=1; _jobparser; [ "${COMPREPLY[*]}" = rewrite ]'
+echo 'served: completion'
 
 install ./packages/python3-jobparser_*.deb
 wanted python python3 -c 'import jobparser; print("\"copies\":%d" % jobparser.parse("job.prn").info.copies)'
@@ -54,3 +64,14 @@ for worker in ./packages/jobparser-worker_*.deb; do
             ;;
     esac
 done
+
+# Nothing of the packages stays, not even what was compiled.
+apt-get purge --yes --quiet=2 jobparser libjobparser1 libjobparser-dev python3-jobparser jobparser-worker >/dev/null 2>&1 ||
+    apt-get purge --yes --quiet=2 jobparser libjobparser1 libjobparser-dev python3-jobparser >/dev/null
+left=$(find / -xdev \( -path /given -o -path /proc -o -path /sys -o -path /var/lib/apt -o -path /tmp \) -prune -o \
+    -iname '*jobparser*' -not -path '/var/log/*' -print)
+[ -z "$left" ] || {
+    echo "Left behind: $left"
+    exit 1
+}
+echo 'served: removal'
