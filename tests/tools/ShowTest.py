@@ -188,7 +188,11 @@ class Rendered(Page):
         self.assertEqual(self.text("h1"), "job.prn")
         self.assertEqual(self.text("#summary"), "164 bytes, 7 chunks")
         self.assertIn("Copies\n2", self.text("#record"))
-        self.assertIn("Paper\nnot known", self.text("#record"))
+        self.assertNotIn("Paper", self.text("#record"))
+        self.assertEqual(
+            self.text("#unknown"),
+            "Not known: pages, paper, printed on, orientation, pages on a side, forced to black and white, saves toner, "
+            "staples, holes, made for")
         self.assertEqual(
             self.rows(),
             [["0x0", "9", "Universal exit", "leaves the language; PJL or the end of the job follows"],
@@ -306,6 +310,115 @@ class Rendered(Page):
         self.assertEqual(self.text("#detail-place").replace("\u202f", " "), "Chunk 1, at 0x9 (9), 19 bytes")
         self.assertEqual(self.text("#detail-text"), "@PJL SET COPIES=2")
         self.assertEqual(self.text("#rows [aria-selected=true] .meaning"), "@PJL SET COPIES=2")
+
+    def test_keeps_what_is_selected_in_sight_until_it_is_closed(self):
+        self.open(UEL + b"@PJL SET A=1\r\n" * 200 + UEL)
+
+        self.value("document.querySelectorAll('#rows .row')[2].click()")
+        self.browser.settle()
+        box = self.value("(() => { const box = document.getElementById('detail').getBoundingClientRect(); return [box.top, box.bottom, innerHeight]; })()")
+        self.assertTrue(0 < box[0] < box[1] <= box[2], box)
+        self.value("document.getElementById('detail-close').click()")
+        self.browser.settle()
+
+        self.assertFalse(self.value("document.getElementById('detail').checkVisibility()"))
+        self.assertEqual(self.value("document.querySelectorAll('#rows [aria-selected=true]').length"), 0)
+
+    def test_covers_no_row_that_keys_select(self):
+        self.browser.page("Emulation.setDeviceMetricsOverride", width=1200, height=600, deviceScaleFactor=1, mobile=False)
+        self.addCleanup(self.browser.page, "Emulation.clearDeviceMetricsOverride")
+        self.open(UEL + b"@PJL SET A=1\r\n" * 200 + UEL)
+
+        self.value("document.getElementById('list').focus()")
+        for _ in range(16):
+            self.browser.page("Input.dispatchKeyEvent", type="keyDown", key="ArrowDown")
+            self.browser.settle()
+            row, detail = self.value(
+                "[document.querySelector('#rows [aria-selected=true]').getBoundingClientRect().bottom,"
+                " document.getElementById('detail').getBoundingClientRect().top]")
+            self.assertLessEqual(row, detail + 1)
+
+    def test_says_what_the_mouse_points_at(self):
+        self.open(UEL + b"@PJL SET COPIES=2\r\n@PJL ENTER LANGUAGE=PCL\r\n\x1bE" + b"x" * 100 + UEL)
+        box = self.value("(() => { const box = document.getElementById('bar').getBoundingClientRect(); return [box.x, box.y, box.width]; })()")
+
+        self.browser.page("Input.dispatchMouseEvent", type="mouseMoved", x=box[0] + box[2] * 20 / 164, y=box[1] + 20)
+        self.browser.settle()
+        self.assertEqual(self.text("#under"), "0x9: PJL, 19 bytes; @PJL SET COPIES=2")
+        self.browser.page("Input.dispatchMouseEvent", type="mouseMoved", x=1, y=1)
+        self.browser.settle()
+
+        self.assertEqual(self.text("#under"), "")
+
+    def test_finds_sequences_however_they_are_written(self):
+        self.open(UEL + b"@PJL ENTER LANGUAGE=PCL\r\n\x1bE\x1b&l26Atext\x1b&l1S" + UEL)
+
+        for wanted in ("&l26A", "& l 26", "l26a"):
+            self.search(wanted)
+            self.assertEqual([row[3] for row in self.rows()], ["ESC & l 26 A"], wanted)
+
+    def test_finds_the_chunk_at_an_offset(self):
+        self.open(UEL + b"@PJL SET COPIES=2\r\n@PJL ENTER LANGUAGE=PCL\r\n\x1bE" + b"x" * 100 + UEL)
+
+        self.search("0x1f")
+
+        self.assertEqual([row[3] for row in self.rows()], ["@PJL ENTER LANGUAGE=PCL"])
+
+    def test_shows_on_the_bar_what_was_found(self):
+        self.open(UEL + b"@PJL SET COPIES=2\r\n@PJL ENTER LANGUAGE=PCL\r\n\x1bE" + b"x" * 100 + UEL)
+        empty = self.color("page")
+
+        self.search("COPIES")
+        self.assertEqual(self.pixel(20 / 164), self.color("pjl"))
+        self.assertEqual([self.pixel(40 / 164), self.pixel(100 / 164)], [empty, empty])
+        self.search("")
+
+        self.assertEqual(self.pixel(100 / 164), self.color("raw"))
+
+    def test_says_that_nothing_was_found(self):
+        self.open(UEL + b"@PJL SET A=1\r\n" + UEL)
+
+        self.search("nothing of this")
+        self.assertEqual(self.text("#nothing"), "No chunk has this.")
+        self.search("")
+
+        self.assertFalse(self.value("document.getElementById('nothing').checkVisibility()"))
+
+    def test_goes_from_the_search_to_the_list_by_a_key(self):
+        self.open(UEL + b"@PJL SET A=1\r\n@PJL SET B=1\r\n" + UEL)
+        self.value("document.getElementById('search').focus()")
+        self.search("SET B")
+
+        for key in ("ArrowDown", "Escape"):
+            self.browser.page("Input.dispatchKeyEvent", type="keyDown", key=key)
+            self.browser.settle()
+            if key == "ArrowDown":
+                self.assertEqual(self.text("#rows [aria-selected=true] .meaning"), "@PJL SET B=1")
+                self.assertEqual(self.value("document.activeElement.id"), "list")
+
+        self.assertFalse(self.value("document.getElementById('detail').checkVisibility()"))
+
+    def test_is_read_on_a_phone(self):
+        self.browser.page("Emulation.setDeviceMetricsOverride", width=390, height=844, deviceScaleFactor=1, mobile=True)
+        self.addCleanup(self.browser.page, "Emulation.clearDeviceMetricsOverride")
+        self.open(UEL + b"@PJL SET COPIES=2\r\n@PJL ENTER LANGUAGE=PCL\r\n\x1bE" + b"x" * 100 + UEL)
+
+        whole = self.value(
+            "[...document.querySelectorAll('#rows .row')].map(row => row.querySelector('.meaning'))"
+            ".filter(meaning => meaning.textContent.startsWith('@PJL')).every(meaning => meaning.scrollWidth <= meaning.clientWidth)")
+
+        self.assertTrue(whole)
+        self.assertEqual(self.value("document.documentElement.scrollWidth"), 390)
+
+    def test_has_the_name_of_the_file_at_its_head(self):
+        folder = self.folder / "spool"
+        folder.mkdir()
+        (folder / "job.prn").write_bytes(b"bytes")
+        subprocess.run([TOOL, "show", "spool/job.prn", "-o", "job.html", "--no-worker"], cwd=self.folder, check=True)
+        self.browser.open(self.folder / "job.html")
+
+        self.assertEqual((self.text("h1"), self.value("document.title")), ("job.prn", "job.prn"))
+        self.assertEqual(self.text("#summary"), "spool/job.prn; 5 bytes, 1 chunk")
 
     def test_zooms(self):
         self.open(UEL + b"@PJL SET A=1\r\n@PJL ENTER LANGUAGE=PCL\r\n" + b"x" * 1000000 + UEL)

@@ -44,23 +44,38 @@
 
     const textOf = (chunk) => chunk[TEXT] || "";
     const labelOf = (chunk) => kinds[chunk[KIND]].label;
+    const firstLineOf = (chunk) => readable(textOf(chunk).split("\n", 1)[0]);
+    const placeText = (chunk) => (chunk[IS_RECKONED] ? "~" : "") + hex(chunk[START]);
 
     function showHead() {
-        const name = readable(job.name);
+        const path = readable(job.name);
+        const name = path.slice(path.lastIndexOf("/") + 1);
         document.title = name;
         element("name").textContent = name;
+        const where = name === path ? "" : `${path}; `;
         const count = chunks.length === 1 ? "1 chunk" : `${grouped(chunks.length)} chunks`;
-        element("summary").textContent = `${bytesText(job.size)}, ${count}`;
+        element("summary").textContent = `${where}${bytesText(job.size)}, ${count}`;
         if (!job.parsed) {
             element("cause").hidden = false;
             element("cause").textContent = `This job is malformed and was taken as one raw stretch. ${readable(job.cause)}`;
         }
+        showRecord();
+    }
+
+    // What is not known is most of many records; it must not hide the rest.
+    function showRecord() {
+        const unknown = [];
         for (const [label, value] of job.record) {
+            if (value === null) {
+                unknown.push(label.toLowerCase());
+                continue;
+            }
             const entry = make("div");
-            entry.append(make("dt", "", label));
-            entry.append(value === null ? make("dd", "unknown", "not known") : make("dd", "", readable(value)));
+            entry.append(make("dt", "", label), make("dd", "", readable(value)));
             element("record").append(entry);
         }
+        element("unknown").hidden = unknown.length === 0;
+        element("unknown").textContent = `Not known: ${unknown.join(", ")}`;
     }
 
     // The bar. Each column of pixels takes the colour of what says most there, so that a command of 20 bytes
@@ -72,6 +87,7 @@
     let colors = new Map();
     const view = { from: 0, to: Math.max(job.size, 1) };
     let selected = -1;
+    let isListed = null; // By index, whether a chunk is listed; null for all. The bar shows the same.
 
     function readColors() {
         const style = getComputedStyle(document.documentElement);
@@ -88,7 +104,7 @@
             const chunk = chunks[index];
             const kind = kinds[chunk[KIND]];
             const end = chunk[START] + chunk[LENGTH];
-            if (!kind.isShown || end < view.from || chunk[START] > view.to || (chunk[LENGTH] === 0 && kind.group === "document"))
+            if ((isListed && !isListed[index]) || end < view.from || chunk[START] > view.to || (chunk[LENGTH] === 0 && kind.group === "document"))
                 continue;
             const own = rankOf(kind.group);
             const first = Math.max(0, Math.min(width - 1, Math.floor((chunk[START] - view.from) * scale)));
@@ -133,9 +149,10 @@
         context.fillStyle = colors.get("=page");
         let before = -10;
         let drawn = 0;
-        for (const chunk of chunks) {
+        for (let index = 0; index < chunks.length; ++index) {
+            const chunk = chunks[index];
             const x = (chunk[START] - view.from) * scale;
-            if (x <= 0 || x > width || chunk[LENGTH] * scale < 4 || x - before < 4 || ++drawn > 4000)
+            if ((isListed && !isListed[index]) || x <= 0 || x > width || chunk[LENGTH] * scale < 4 || x - before < 4 || ++drawn > 4000)
                 continue;
             before = x;
             context.fillRect(Math.floor(x), 0, Math.max(1, Math.floor(ratio / 2)), height);
@@ -189,7 +206,7 @@
         for (let index = 0; index < chunks.length; ++index) {
             const chunk = chunks[index];
             const kind = kinds[chunk[KIND]];
-            if (!kind.isShown || place < chunk[START] - reach || place > chunk[START] + chunk[LENGTH] + reach)
+            if ((isListed && !isListed[index]) || place < chunk[START] - reach || place > chunk[START] + chunk[LENGTH] + reach)
                 continue;
             const isIn = place >= chunk[START] && place < chunk[START] + chunk[LENGTH];
             const worth = rankOf(kind.group) + (isIn ? 0.5 : 0);
@@ -199,6 +216,26 @@
             }
         }
         return found;
+    }
+
+    // What stands under the mouse is looked up once a frame: there may be a million chunks.
+    let pointedAt = null;
+    let isUnderDue = false;
+    function pointAt(place) {
+        pointedAt = place;
+        if (isUnderDue)
+            return;
+        isUnderDue = true;
+        requestAnimationFrame(() => {
+            isUnderDue = false;
+            const found = pointedAt === null ? -1 : chunkNear(pointedAt);
+            element("under").textContent = found < 0 ? "" : wordsOf(chunks[found]);
+        });
+    }
+
+    function wordsOf(chunk) {
+        const said = chunk[TEXT] ? `; ${firstLineOf(chunk)}` : "";
+        return `${placeText(chunk)}: ${labelOf(chunk)}, ${bytesText(chunk[LENGTH])}${said}`;
     }
 
     function listenToBar() {
@@ -214,7 +251,9 @@
             drag = { x: event.clientX, from: view.from, to: view.to, hasMoved: false };
             canvas.setPointerCapture(event.pointerId);
         });
+        canvas.addEventListener("pointerleave", () => pointAt(null));
         canvas.addEventListener("pointermove", (event) => {
+            pointAt(byteAt(event));
             if (!drag)
                 return;
             const shift = ((drag.x - event.clientX) / Math.max(1, canvas.clientWidth)) * (drag.to - drag.from);
@@ -264,7 +303,6 @@
             button.addEventListener("click", () => {
                 kind.isShown = !kind.isShown;
                 button.setAttribute("aria-pressed", String(kind.isShown));
-                barChanged();
                 filter();
             });
             const item = make("li");
@@ -308,10 +346,10 @@
         const name = make("span", "kind");
         name.append(swatchOf(kind), make("span", "", kind.label));
         row.append(
-            make("span", "number", (chunk[IS_RECKONED] ? "~" : "") + hex(chunk[START])),
+            make("span", "number", placeText(chunk)),
             make("span", "number", grouped(chunk[SIZE])),
             name,
-            chunk[TEXT] ? make("span", "meaning", readable(chunk[TEXT].split("\n", 1)[0])) : make("span", "meaning general", kind.meaning));
+            chunk[TEXT] ? make("span", "meaning", firstLineOf(chunk)) : make("span", "meaning general", kind.meaning));
         row.addEventListener("click", () => select(index, false));
         return row;
     }
@@ -340,27 +378,46 @@
         });
     }
 
+    // Sequences are shown with blanks between their parts, and written without.
     let searchable = null;
     function textsToSearch() {
-        searchable = searchable || chunks.map((chunk) => `${labelOf(chunk)}\n${textOf(chunk)}`.toLowerCase());
+        const textToSearch = (chunk) => {
+            const packed = kinds[chunk[KIND]].group === "sequence" ? `\n${textOf(chunk).replaceAll(" ", "")}` : "";
+            return `${labelOf(chunk)}\n${textOf(chunk)}${packed}`.toLowerCase();
+        };
+        searchable = searchable || chunks.map(textToSearch);
         return searchable;
+    }
+
+    // Whether a chunk is what was searched for; an offset stands for the chunk that it is in.
+    function tester(wanted) {
+        if (wanted === "")
+            return () => true;
+        const texts = textsToSearch();
+        const place = /^0x[0-9a-f]+$/.test(wanted) ? Number(wanted) : -1;
+        return (index) => {
+            const chunk = chunks[index];
+            return texts[index].includes(wanted) || (place >= chunk[START] && place < chunk[START] + chunk[LENGTH]);
+        };
     }
 
     function filter() {
         const wanted = element("search").value.toLowerCase();
         const isAll = wanted === "" && kinds.every((kind) => kind.isShown);
-        found = null;
-        if (!isAll) {
-            const texts = wanted === "" ? null : textsToSearch();
-            found = [];
-            for (let index = 0; index < chunks.length; ++index) {
-                if (kinds[chunks[index][KIND]].isShown && (!texts || texts[index].includes(wanted)))
-                    found.push(index);
+        found = isAll ? null : [];
+        isListed = isAll ? null : new Uint8Array(chunks.length);
+        const isWanted = tester(wanted);
+        for (let index = 0; !isAll && index < chunks.length; ++index) {
+            if (kinds[chunks[index][KIND]].isShown && isWanted(index)) {
+                found.push(index);
+                isListed[index] = 1;
             }
         }
         element("found").textContent = isAll ? "" : `${grouped(listed())} of ${grouped(chunks.length)}`;
+        element("nothing").hidden = isAll || listed() > 0;
         rows.style.height = `${Math.min(maxHeight, listed() * rowHeight)}px`;
         list.scrollTop = 0;
+        barChanged();
         listChanged();
     }
 
@@ -410,6 +467,24 @@
         }
         barChanged();
         listChanged();
+        if (!isFromBar)
+            requestAnimationFrame(() => uncover(index));
+    }
+
+    // What is said of a chunk lies over the end of the list, unless the page is scrolled to its own end.
+    function uncover(index) {
+        const row = element(`chunk-${index}`);
+        const covered = row ? row.getBoundingClientRect().bottom - element("detail").getBoundingClientRect().top : 0;
+        if (covered > 0)
+            scrollBy(0, covered + rowHeight);
+    }
+
+    function deselect() {
+        selected = -1;
+        element("detail").hidden = true;
+        list.setAttribute("aria-activedescendant", "");
+        barChanged();
+        listChanged();
     }
 
     function selectRow(row) {
@@ -429,10 +504,16 @@
         });
         element("search").addEventListener("input", filter);
         element("search").addEventListener("keydown", (event) => {
-            if (event.key === "Enter")
+            if (event.key === "Enter" || event.key === "ArrowDown") {
+                event.preventDefault();
                 selectRow(0);
+                list.focus();
+            }
         });
+        element("detail-close").addEventListener("click", deselect);
         document.addEventListener("keydown", (event) => {
+            if (event.key === "Escape" && document.activeElement !== element("search"))
+                deselect();
             if (event.key === "/" && document.activeElement !== element("search")) {
                 event.preventDefault();
                 element("search").focus();
