@@ -3,12 +3,17 @@
 JOBPARSER_TOOL is the tool, SOURCE_DIR the sources, MANUAL the folder of what is made while the tool is built.
 """
 
+import fcntl
 import os
 import pathlib
+import pty
 import re
+import select
 import shutil
+import struct
 import subprocess
 import tempfile
+import termios
 import unittest
 
 TOOL = os.environ["JOBPARSER_TOOL"]
@@ -156,6 +161,88 @@ class Completion(unittest.TestCase):
         done = subprocess.run(["zsh", "-n", MANUAL / "_jobparser"], capture_output=True, text=True)
 
         self.assertEqual((done.returncode, done.stderr), (0, ""))
+
+
+class Shell:
+    """A shell at a terminal, which is typed at."""
+
+    def __init__(self, folder, *command):
+        self._terminal, there = pty.openpty()
+        fcntl.ioctl(there, termios.TIOCSWINSZ, struct.pack("HHHH", 200, 200, 0, 0))
+        environment = {"PATH": os.environ["PATH"], "HOME": folder, "TERM": "dumb", "LC_ALL": "C.UTF-8", "PS1": "?> "}
+        self._process = subprocess.Popen(
+            command, stdin=there, stdout=there, stderr=there, cwd=folder, env=environment, start_new_session=True)
+        os.close(there)
+        self._read_until("?> ")
+
+    def _read_until(self, end):
+        seen = ""
+        while end not in seen:
+            ready, _, _ = select.select([self._terminal], [], [], 60)
+            if not ready:
+                raise AssertionError(f"The shell does not answer: {seen!r}")
+            seen += os.read(self._terminal, 65536).decode()
+        return seen
+
+    def close(self):
+        self._process.kill()
+        self._process.wait()
+        os.close(self._terminal)
+
+    def type(self, keys):
+        """What comes at the terminal, until the shell is ready again."""
+        # Typed with quotation marks inside, so that only its execution shows it whole. What is typed before the
+        # prompt would go to the terminal and not to the shell.
+        os.write(self._terminal, keys.encode() + b"\x15echo E'N'D\n")
+        seen = self._read_until("END\r\n")
+        if "?> " not in seen.split("END\r\n")[1]:
+            self._read_until("?> ")
+        return re.sub(r"\x1b\[[0-9;?]*[A-Za-z]", "", seen).replace("\r", "")
+
+    def offers(self, line):
+        """The words that a line may go on with, which have to begin lines or stand behind two blanks."""
+        shown = self.type(line + "\t").split("\n", 1)[1]
+        return set(re.findall(r"(?:^|  )(--?[a-z][\w-]*|[a-z]+)(?= *$|  )", shown, re.MULTILINE))
+
+
+class CompletionAtATerminal(unittest.TestCase):
+    """The completion in the shells themselves."""
+
+    def shell(self, *command):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        shell = Shell(folder.name, *command)
+        self.addCleanup(shell.close)
+        return shell
+
+    def assert_completes(self, shell):
+        self.assertLessEqual({*SUBCOMMANDS}, shell.offers("jobparser "))
+        self.assertEqual(shell.offers("jobparser -"), {"--help", "--version"})
+        for subcommand in SUBCOMMANDS:
+            with self.subTest(subcommand):
+                names = {name for name, _ in options_of(subcommand)}
+                # A word that is the only one is written instead of shown.
+                if len(names) > 1:
+                    self.assertEqual(shell.offers(f"jobparser {subcommand} -"), names)
+        self.assertIn("jobparser rewrite --strip-prescribe ", shell.type("jobparser rewrite --strip-pr\t"))
+        self.assertIn("jobparser rewrite --wrap POSTSCRIPT ", shell.type("jobparser rewrite --wrap PO\t"))
+
+    def test_in_bash(self):
+        shell = self.shell("bash", "--norc", "--noprofile", "-i")
+        shell.type(
+            "for option in 'enable-bracketed-paste off' 'page-completions off' 'completion-query-items 0'"
+            f" 'show-all-if-ambiguous on'; do bind \"set $option\"; done; . {MANUAL}/jobparser\n")
+
+        self.assert_completes(shell)
+
+    @unittest.skipUnless(shutil.which("zsh"), "There is no zsh")
+    def test_in_zsh(self):
+        shell = self.shell("zsh", "-f", "-i")
+        shell.type(
+            f"unsetopt prompt_sp prompt_cr list_ambiguous; bindkey -e; fpath=({MANUAL} $fpath); autoload -Uz compinit;"
+            " LISTMAX=9999; compinit -u -D\n")
+
+        self.assert_completes(shell)
 
 
 if __name__ == "__main__":
