@@ -126,6 +126,26 @@ JobParserStatus report(char** error, JobParserStatus status, const char* message
     return status;
 }
 
+/// What converts numbers names itself and nothing more.
+JobParserStatus reportNumber(char** error, const std::exception& failure) noexcept
+{
+    if (error != nullptr) {
+        try {
+            *error = copyOf("A number of the job cannot be read | error=" + std::string(failure.what()));
+        } catch (const std::bad_alloc&) {
+            *error = nullptr;
+        }
+    }
+    return JOBPARSER_MALFORMED;
+}
+
+/// What reads a PDF throws without a word where the file ends.
+JobParserStatus reportMalformed(char** error, const JobParserException& failure) noexcept
+{
+    const bool isSilent = *failure.what() == '\0';
+    return report(error, JOBPARSER_MALFORMED, isSilent ? "The job ends too early" : failure.what());
+}
+
 /// Does the work of one call, and turns whatever leaves it into a status.
 template <typename Work> JobParserStatus guarded(char** error, Work work) noexcept
 {
@@ -139,12 +159,11 @@ template <typename Work> JobParserStatus guarded(char** error, Work work) noexce
     } catch (const CallFailure& failure) {
         return report(error, failure.status, failure.what());
     } catch (const JobParserException& failure) {
-        return report(error, JOBPARSER_MALFORMED, failure.what());
+        return reportMalformed(error, failure);
     } catch (const std::invalid_argument& failure) {
-        // A number of the job that does not convert, as in the next.
-        return report(error, JOBPARSER_MALFORMED, failure.what());
+        return reportNumber(error, failure);
     } catch (const std::out_of_range& failure) {
-        return report(error, JOBPARSER_MALFORMED, failure.what());
+        return reportNumber(error, failure);
     } catch (const std::bad_alloc& failure) {
         return report(error, JOBPARSER_OUT_OF_MEMORY, failure.what());
     } catch (const std::exception& failure) {

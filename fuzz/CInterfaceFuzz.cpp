@@ -1,4 +1,5 @@
-// A letter says what the rest is: `j` a job, anything else metadata of a small job. Lines in front of it, up
+// A letter says what the rest is: `j` a job, `r` one that is refused if it is a malformed PDF, anything else
+// metadata of a small job. Lines in front of it, up
 // to an empty one, are steps: a digit or letter for the number, and two texts with `|` between them.
 //
 // Fuzz::setUp is left out: nothing but the interface itself may keep a failed assertion from ending the
@@ -77,6 +78,7 @@ template <typename Call> void take(Call call)
     char* error = nullptr;
     const JobParserStatus status = call(&error);
     Fuzz::require((status == JOBPARSER_OK) == (error == nullptr), "a failure has a text");
+    Fuzz::require(error == nullptr || *error != '\0', "the text of a failure says something");
     Fuzz::require(status >= JOBPARSER_OK && status <= JOBPARSER_FAILED, "a status is known");
     jobParserFreeText(error);
 }
@@ -85,7 +87,11 @@ void look(JobParserJob* job)
 {
     char* text = nullptr;
     std::size_t count = 0;
+    std::int32_t parsed = -1;
     std::array<JobParserChunk, chunksAtATime> chunks{};
+    take([&](char** error) { return jobParserParsed(job, &parsed, &text, error); });
+    Fuzz::require((parsed == 0) == (text != nullptr), "a malformed job has a cause");
+    jobParserFreeText(text);
     take([&](char** error) { return jobParserMetadata(job, &text, nullptr, error); });
     jobParserFreeText(text);
     take([&](char** error) { return jobParserRecord(job, 1, &text, nullptr, error); });
@@ -106,6 +112,9 @@ void change(JobParserJob* job, const std::vector<StepTexts>& texts)
     take([&](char** error) {
         return jobParserChange(job, steps.data(), steps.size(), sizeof(JobParserStep), error);
     });
+    take([&](char** error) {
+        return jobParserRewrite(job, steps.data(), steps.size(), sizeof(JobParserStep), "/dev/full", error);
+    });
 }
 
 } // namespace
@@ -115,11 +124,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const Folder folder;
     std::string_view input = Fuzz::asText({data, size});
     const std::vector<StepTexts> steps = takeSteps(input);
-    const bool isJob = input.starts_with('j');
+    const bool isRefused = input.starts_with('r');
+    const bool isJob = isRefused || input.starts_with('j');
     input.remove_prefix(std::min<std::size_t>(1, input.size()));
     const Fuzz::MemoryFile file(isJob ? input : "\x1B%-12345X@PJL SET A=1\r\n some bytes of a job");
-    constexpr JobParserParseOptions options{sizeof options, JOBPARSER_LANGUAGE_DETECT,
-                                            JOBPARSER_PARSE_NO_WORKER};
+    const std::uint32_t refusal = isRefused ? JOBPARSER_PARSE_REFUSE_RESTRICTED : 0;
+    const JobParserParseOptions options{sizeof options, JOBPARSER_LANGUAGE_DETECT,
+                                        JOBPARSER_PARSE_NO_WORKER | refusal};
     JobParserJob* job = nullptr;
     const std::string path = file.path();
     take([&](char** error) {

@@ -691,17 +691,40 @@ TEST_F(JobParserC, CallsChunksThatRunPastTheFileMalformed)
     EXPECT_EQ(files(), (std::vector<std::string>{"job.meta.json", "job.prn"}));
 }
 
-TEST_F(JobParserC, CallsAJobMalformedWhoseCopiesAreNoNumber)
+TEST_F(JobParserC, CallsAJobMalformedWhoseNumbersAreNone)
 {
-    const std::string path = write(JobBytes().uel().pjl("XCPT <copies>x</copies>").uel().str());
+    const auto pageOf = [](const std::string& matrix) {
+        return "%!PS\n%%EndPageSetup\n[" + matrix + "]msf\n%%Page: 2 2\n";
+    };
+    for (const std::string& bytes :
+         {JobBytes().uel().pjl("XCPT <copies>x</copies>").uel().str(),
+          JobBytes().uel().pjl("XCPT <copies>99999999999</copies>").uel().str(), pageOf("a b c d e f")}) {
+        SCOPED_TRACE(bytes);
+        const std::string path = write(bytes);
+
+        const Outcome outcome = outcomeOf([&](char** error) {
+            JobParserJob* job = nullptr;
+            return jobParserParse(path.c_str(), nullptr, &job, error);
+        });
+
+        EXPECT_EQ(outcome.status, JOBPARSER_MALFORMED);
+        EXPECT_EQ(outcome.error.find("A number of the job cannot be read | error=sto"), 0U) << outcome.error;
+    }
+}
+
+TEST_F(JobParserC, SaysThatAPdfEndsTooEarly)
+{
+    const std::string path = write("%PDF-1.4\nstartxref\n9");
+    constexpr JobParserParseOptions options{sizeof options, JOBPARSER_LANGUAGE_DETECT,
+                                            JOBPARSER_PARSE_REFUSE_RESTRICTED};
 
     const Outcome outcome = outcomeOf([&](char** error) {
         JobParserJob* job = nullptr;
-        return jobParserParse(path.c_str(), nullptr, &job, error);
+        return jobParserParse(path.c_str(), &options, &job, error);
     });
 
     EXPECT_EQ(outcome.status, JOBPARSER_MALFORMED);
-    EXPECT_NE(outcome.error, "");
+    EXPECT_EQ(outcome.error, "The job ends too early");
 }
 
 TEST_F(JobParserC, KeepsTheJobThroughAFailure)
