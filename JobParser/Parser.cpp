@@ -104,6 +104,24 @@ JobInfo mergeRecords(const Global::Parser& parser, Pdl pdl)
     return merged;
 }
 
+// The languages that nothing reads here are left to the raw loop, which also finds those behind PJL.
+void runMode(Global::Parser& parser, Pdl pdl, bool allowRestrictedPdf)
+{
+    switch (pdl) {
+    case Pdl::Pcl5: return parser.pcl5.parse(parser.pdlJobInfo);
+    case Pdl::PostScript: return parser.postScript.parse(parser.pdlJobInfo);
+    case Pdl::Prescribe: return parser.prescribe.parse();
+    case Pdl::PclXl: return parser.pcl6Mode();
+    case Pdl::Pdf: return parser.pdfMode(allowRestrictedPdf);
+    case Pdl::Jpeg: return parser.jpegMode(allowRestrictedPdf);
+    case Pdl::Xps: return parser.xpsMode();
+    case Pdl::Detect:
+    case Pdl::Unknown:
+    case Pdl::EscP:
+    case Pdl::Urf: break;
+    }
+}
+
 // Turns pages into sides of paper. A colour page stays a colour side as long as there are sides for it.
 void applyPagesPerSheet(JobInfo& info)
 {
@@ -174,20 +192,7 @@ void Parser::walk(Global::Parser& globalParser, Pdl& pdl, bool allowRestrictedPd
 {
     if (pdl == Pdl::Detect)
         pdl = globalParser.autoDetectPdl();
-    if (pdl == Pdl::Pcl5)
-        globalParser.pcl5.parse(globalParser.pdlJobInfo);
-    else if (pdl == Pdl::PostScript)
-        globalParser.postScript.parse(globalParser.pdlJobInfo);
-    else if (pdl == Pdl::Prescribe)
-        globalParser.prescribe.parse();
-    else if (pdl == Pdl::PclXl)
-        globalParser.pcl6Mode();
-    else if (pdl == Pdl::Pdf)
-        globalParser.pdfMode(allowRestrictedPdf);
-    else if (pdl == Pdl::Jpeg)
-        globalParser.jpegMode(allowRestrictedPdf);
-    else if (pdl == Pdl::Xps)
-        globalParser.xpsMode();
+    runMode(globalParser, pdl, allowRestrictedPdf);
     // Whatever a language left over is accounted for here.
     globalParser.rawMode(allowRestrictedPdf);
     const std::int32_t firstPage = globalParser.pcl5.firstPageChunk;

@@ -101,16 +101,19 @@ void Parser::rawMode(bool allowRestrictedPdf)
 // The bodies of other languages are left to the raw loop.
 void Parser::parseBody(Pdl pdl, bool allowRestrictedPdf)
 {
-    if (pdl == Pdl::Pcl5)
-        pcl5.parse(pdlJobInfo);
-    else if (pdl == Pdl::PostScript)
-        postScript.parse(pdlJobInfo);
-    else if (pdl == Pdl::Prescribe)
-        prescribe.parse();
-    else if (pdl == Pdl::PclXl)
-        pcl6Mode();
-    else if (pdl == Pdl::Pdf)
-        pdfMode(allowRestrictedPdf);
+    switch (pdl) {
+    case Pdl::Pcl5: return pcl5.parse(pdlJobInfo);
+    case Pdl::PostScript: return postScript.parse(pdlJobInfo);
+    case Pdl::Prescribe: return prescribe.parse();
+    case Pdl::PclXl: return pcl6Mode();
+    case Pdl::Pdf: return pdfMode(allowRestrictedPdf);
+    case Pdl::Detect:
+    case Pdl::Unknown:
+    case Pdl::EscP:
+    case Pdl::Jpeg:
+    case Pdl::Xps:
+    case Pdl::Urf: break;
+    }
 }
 
 void Parser::jpegMode(bool allowRestrictedPdf)
