@@ -156,6 +156,25 @@ class Schemas(unittest.TestCase):
         ):
             self.assert_refused(IS_METADATA, {"jobInfo": self.metadata["jobInfo"], "chunks": [chunk]})
 
+    def test_refuse_counts_of_which_one_is_not_known(self):
+        known = {"monoCount": 1, "grayCount": 0, "colorCount": 2}
+        unknown = dict.fromkeys(known)
+        for counts in (known, unknown):
+            IS_RECORD.validate({**self.record, **counts})
+        for name in known:
+            self.assert_refused(IS_RECORD, {**self.record, **known, name: None})
+            self.assert_refused(IS_RECORD, {**self.record, **unknown, name: 1})
+
+    def test_refuse_base_64_that_is_cut(self):
+        def metadata(param):
+            chunk = {"class": "PjlCmdBase64StringE", "id": 2, "dto": {"cmd": "C", "param": param}}
+            return {"jobInfo": self.metadata["jobInfo"], "chunks": [chunk]}
+
+        for whole in ("", "QQ==", "QUI=", "QUJD", "QUJDRA=="):
+            IS_METADATA.validate(metadata(whole))
+        for cut in ("Q", "QQ", "QQ=", "QUI", "QUJDRA", "====", "QQ==QQ=="):
+            self.assert_refused(IS_METADATA, metadata(cut))
+
     def test_take_fonts_and_references(self):
         IS_METADATA.validate({"jobInfo": {**self.metadata["jobInfo"], "fonts": ["A"]}, "chunks": [None, 2]})
 
