@@ -181,6 +181,15 @@ class Blocks(unittest.TestCase):
         run("./duplex", "job.prn", "duplex.prn", cwd=self.folder, env=self.environment)
         self.assertIn(b"@PJL SET DUPLEX=ON\r\n", (self.folder / "duplex.prn").read_bytes())
 
+    def test_program_of_the_manual_does_what_it_says(self):
+        page = (SOURCE / "docs/man/JobParserC.3").read_text(encoding="utf-8")
+        shown = re.search(r"^\.Sh EXAMPLES\n\.Bd [^\n]*\n(.*?)^\.Ed$", page, re.MULTILINE | re.DOTALL)[1]
+        (self.folder / "manual.c").write_text(shown.replace("\\e", "\\").replace("\\-", "-"), encoding="utf-8")
+        run("sh", "-e", "-c", "cc -std=c99 -Wall -Wextra -Werror manual.c -o manual $(pkg-config --cflags --libs jobparser)",
+            cwd=self.folder, env=self.environment)
+
+        self.assertIn('"copies":5', run("./manual", "job.prn", cwd=self.folder, env=self.environment))
+
     def test_example_of_the_python_module_does_what_it_says(self):
         module = next(self.prefix.rglob("jobparser/__init__.py"))
         text = module.read_text(encoding="utf-8")

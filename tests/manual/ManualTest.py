@@ -101,8 +101,14 @@ class Pages(unittest.TestCase):
 
         self.assertEqual(len(declared), 15)
         self.assertEqual(documented, declared)
-        for name in re.findall(r"\b(JOBPARSER_[A-Z_]+) = \d", header.split("typedef struct")[0]):
-            self.assertIn(f".It Dv {name}\n", page)
+        constants = re.findall(r"\b(JOBPARSER_[A-Z0-9_]+) = -?\d", header)
+        self.assertEqual(len(constants), 9 + 11 + 3 + 14)
+        for name in constants:
+            self.assertRegex(page, rf"(?m)^\.(It )?Dv {name}(?: |$)")
+        for struct in re.findall(r"typedef struct (\w+) {(.*?)}", header, re.DOTALL):
+            described = re.search(rf"^\.It Vt {struct[0]}$(.*?)^\.(?:It Vt|El)", page, re.MULTILINE | re.DOTALL)[1]
+            for member in re.findall(r"(\w+);", re.sub(r"/\*.*?\*/", "", struct[1])):
+                self.assertRegex(described, rf"(?m)^\.It Va {member}$", struct[0])
         for _, name, _ in declared:
             self.assertIn(f".Nm {name}", page)
 
