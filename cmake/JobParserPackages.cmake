@@ -86,7 +86,7 @@ add_package(library ${libraryPackage} libs
     "${PROJECT_DESCRIPTION}"
     "This is the shared library, for programs in C++, C and other languages."
     RECOMMENDS libssl3
-    CONTAINS "libsimpleini-dev")
+    CONTAINS "libsimdjson-dev libsimpleini-dev")
 add_package(development libjobparser-dev libdevel
     "Headers of JobParser, which learns what a spooled print job is"
     "Headers, CMake package, pkg-config file, manual of the C interface, JSON\nschemas and a sample configuration."
@@ -100,7 +100,7 @@ if(TARGET jobparser)
         DEPENDS "${libraryPackage} ${sameVersion}"
         RECOMMENDS libssl3
         SUGGESTS jobparser-worker
-        CONTAINS "libre2-dev libminizip-dev zlib1g-dev libsimpleini-dev")
+        CONTAINS "libre2-dev libminizip-dev zlib1g-dev libsimdjson-dev libsimpleini-dev")
 endif()
 if(TARGET ZemJobProcessor)
     add_package(worker jobparser-worker utils
@@ -109,7 +109,7 @@ if(TARGET ZemJobProcessor)
         DEPENDS libgs10 # Loaded when the first PostScript job comes.
         RECOMMENDS libssl3
         ENHANCES "jobparser, ${libraryPackage}"
-        CONTAINS "libmupdf-dev libsimpleini-dev")
+        CONTAINS "libmupdf-dev libsimdjson-dev libsimpleini-dev")
 endif()
 add_package(python python3-jobparser python
     "Tells what a spooled print job is: Python module"

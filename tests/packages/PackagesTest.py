@@ -121,9 +121,9 @@ class Packages(unittest.TestCase):
 
     def test_bring_the_notices_of_what_they_contain(self):
         contained = {
-            "libjobparser1": ["libsimpleini-dev"], "libjobparser-dev": [], "python3-jobparser": [],
-            "jobparser": ["libre2-dev", "libminizip-dev", "zlib1g-dev", "libsimpleini-dev"],
-            "jobparser-worker": ["libmupdf-dev", "libsimpleini-dev"],
+            "libjobparser1": ["libsimdjson-dev", "libsimpleini-dev"], "libjobparser-dev": [], "python3-jobparser": [],
+            "jobparser": ["libre2-dev", "libminizip-dev", "zlib1g-dev", "libsimdjson-dev", "libsimpleini-dev"],
+            "jobparser-worker": ["libmupdf-dev", "libsimdjson-dev", "libsimpleini-dev"],
         }
         for package in PACKAGES:
             text = file_of(package, f"/usr/share/doc/{package}/copyright").decode()
