@@ -338,6 +338,11 @@ class Rendered(Page):
                 " document.getElementById('detail').getBoundingClientRect().top]")
             self.assertLessEqual(row, detail + 1)
 
+    def test_is_no_longer_than_its_list(self):
+        self.open(b"bytes")
+
+        self.assertLess(self.value("document.getElementById('list').offsetHeight"), 40)
+
     def test_says_what_the_mouse_points_at(self):
         self.open(UEL + b"@PJL SET COPIES=2\r\n@PJL ENTER LANGUAGE=PCL\r\n\x1bE" + b"x" * 100 + UEL)
         box = self.value("(() => { const box = document.getElementById('bar').getBoundingClientRect(); return [box.x, box.y, box.width]; })()")
