@@ -91,4 +91,13 @@ Request readRequest(const std::string& text)
     }
 }
 
+bool asksForConversion(const std::string& text)
+{
+    try {
+        return Torv::Json::parse(text)["command"].toString() == "convert";
+    } catch (const Torv::GenericException&) {
+        return false;
+    }
+}
+
 } // namespace JobParser::Worker

@@ -41,4 +41,7 @@ using Request = std::variant<ParseRequest, ConvertRequest, ExitRequest>;
 /// Reads a request. Throws WorkerException for text that is none.
 Request readRequest(const std::string& text);
 
+/// Whether a text asks for a conversion, whatever else is wrong with it.
+bool asksForConversion(const std::string& text);
+
 } // namespace JobParser::Worker

@@ -44,19 +44,17 @@ void Service::warmUp()
 
 std::optional<std::string> Service::answer(const std::string& text)
 {
-    bool isConversion = false;
     try {
         const Request request = readRequest(text);
         if (std::holds_alternative<ExitRequest>(request))
             return std::nullopt;
-        isConversion = std::holds_alternative<ConvertRequest>(request);
-        if (isConversion)
-            return convert(std::get<ConvertRequest>(request), text);
+        if (const auto* const conversion = std::get_if<ConvertRequest>(&request))
+            return convert(*conversion, text);
         return parse(std::get<ParseRequest>(request), text);
     } catch (const Torv::GenericException& error) {
-        return errorReply(error, isConversion);
+        return errorReply(error, asksForConversion(text));
     } catch (const std::exception& error) {
-        return errorReply(WorkerException(ErrorCode::Failed, error.what()), isConversion);
+        return errorReply(WorkerException(ErrorCode::Failed, error.what()), asksForConversion(text));
     }
 }
 

@@ -178,6 +178,22 @@ TEST_F(ServiceTest, AnswersForWhatIsNoRequest)
     EXPECT_FALSE(service.answer(R"({"command":"exit"})").has_value());
 }
 
+TEST_F(ServiceTest, SaysThatAConversionFailedThatIsNoRequest)
+{
+    for (const char* request :
+         {R"({"command":"convert"})", R"({"command":"convert","params":[]})",
+          R"({"command":"convert","params":{"jobPath":"j","outPath":"o","conversionFormat":77}})"}) {
+        SCOPED_TRACE(request);
+
+        const Torv::Variant reply = Torv::Json::parse(*service.answer(request));
+
+        EXPECT_FALSE(reply["success"].toBool());
+        EXPECT_EQ(reply["errorCode"].toInt(), 1);
+        EXPECT_NE(reply["errorMessage"].toString(), "");
+    }
+    EXPECT_FALSE(Torv::Json::parse(*service.answer(R"({"command":1})")).contains("success"));
+}
+
 TEST_F(ServiceTest, EndsHostileJobsAndGoesOn)
 {
     ServiceOptions options;

@@ -4,6 +4,7 @@ import base64
 import json
 import os
 import pathlib
+import re
 import subprocess
 import tempfile
 import unittest
@@ -68,6 +69,24 @@ class WorkerTest(unittest.TestCase):
                               "iv": base64.b64encode(vector).decode()})
         for text in (options, json.dumps(options)):
             self.assertEqual(self.replies(self.parse(path), "e", text)[0]["monoCount"], 1)
+
+    def test_takes_the_requests_of_its_manual(self):
+        page = (pathlib.Path(os.environ["SOURCE_DIR"]) / "docs/man/ZemJobProcessor.8").read_text(encoding="utf-8")
+        path = self.job(b"%!PS\nshowpage\n")
+        out = str(self.folder / "out.pdf")
+        requests = [
+            shown.replace(",...", ',"conversionFormat":0').replace('"pdl":N', '"pdl":2').replace(":N", ":0")
+            .replace('"jobPath":"PATH"', f'"jobPath":"{path}"').replace('"outPath":"PATH"', f'"outPath":"{out}"')
+            for shown in re.findall(r"^\.It Li (\{.*\})$", page, re.MULTILINE)
+        ]
+
+        replies = self.replies("\n".join(requests).encode() + b"\n")
+
+        self.assertEqual([json.loads(request)["command"] for request in requests], ["parse", "convert", "exit"])
+        self.assertEqual([replies[0]["errorCode"], replies[1]], [0, {"success": True}])
+        self.assertTrue(pathlib.Path(out).read_bytes().startswith(b"%PDF-"))
+        keys = set(re.findall(r"^\.Dq (\w+)", page.split("conversionFormat")[0], re.MULTILINE))
+        self.assertLessEqual(keys - {"algorithm", "key", "iv", "pdl"}, set(replies[0]))
 
     def test_rejects_a_wrong_command_line(self):
         self.talk(b"", "--nothing", "1", status=2)
