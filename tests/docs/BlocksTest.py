@@ -202,11 +202,25 @@ class Blocks(unittest.TestCase):
         self.assertRegex(output, r"^\S+ 5\n$")
         self.assertIn(b"@PJL SET DUPLEX=ON\r\n", (self.folder / "out.prn").read_bytes())
 
-    def test_no_other_document_shows_programs(self):
-        documents = {*SOURCE.glob("*.md"), *SOURCE.glob("docs/**/*.md")}
-        showing = {path.name for path in documents if FENCED.search(path.read_text(encoding="utf-8"))}
+    def test_example_of_the_page_of_the_module_does_what_it_says(self):
+        module = next(self.prefix.rglob("jobparser/__init__.py"))
+        example, = self.programs((SOURCE / "python/README.md").read_text(encoding="utf-8"), "python")
+        environment = {name: value for name, value in os.environ.items() if name != "JOBPARSER_LIBRARY"}
 
-        self.assertEqual(showing, {"README.md", "hosting.md", "rewriting.md"})
+        output = run(sys.executable, "-B", "-c", example, cwd=self.folder,
+                     env={**environment, "PYTHONPATH": str(module.parents[1])})
+
+        self.assertRegex(output, r"^\S+ 5 \S+\nUelE None 9\n")
+        self.assertIn(b"@PJL SET BINDING=LONGEDGE\r\n", (self.folder / "out.prn").read_bytes())
+
+    def test_no_other_document_shows_programs(self):
+        documents = (path.relative_to(SOURCE) for path in SOURCE.rglob("*.md"))
+        showing = {
+            str(name) for name in documents
+            if name.parts[0] != "build" and FENCED.search((SOURCE / name).read_text(encoding="utf-8"))
+        }
+
+        self.assertEqual(showing, {"README.md", "docs/hosting.md", "docs/rewriting.md", "python/README.md"})
 
 
 if __name__ == "__main__":
