@@ -159,6 +159,11 @@ constexpr Action actions[] = {
      }},
     {"leave", true, [](const std::string& text, const std::string&) { _exit(std::stoi(text)); }},
     {"close", false, [](const std::string&, const std::string&) { closeOutput(); }},
+    {"changegroup", false,
+     [](const std::string&, const std::string&) {
+         if (setpgid(0, getpgid(getppid())) != 0)
+             _exit(98);
+     }},
     {"fork", false,
      [](const std::string&, const std::string&) {
          if (fork() == 0)

@@ -139,8 +139,10 @@ void Process::kill() const
     // As long as it is our child, dead or alive, no other process or group has its number.
     const int waited =
         ::waitid(P_PIDFD, static_cast<id_t>(m_watch.number()), &info, WEXITED | WNOHANG | WNOWAIT);
-    if (waited == 0)
-        ::kill(-m_pid, SIGKILL);
+    if (waited != 0)
+        return;
+    ::kill(-m_pid, SIGKILL);
+    ::kill(m_pid, SIGKILL); // It may have gone to another group.
 }
 
 std::string Process::ending() const

@@ -137,6 +137,21 @@ TEST(Process, EndsWithItsObjectTogetherWithItsGroup)
     EXPECT_EQ(descriptorCount(), before);
 }
 
+TEST(Process, EndsEvenIfItHasGoneToAnotherGroup)
+{
+    const int before = descriptorCount();
+    {
+        const Process process(testWorkerPath, {"changegroup", "print", "x%0A", "hang"});
+        EXPECT_EQ(readLine(process), "x\n");
+        process.kill();
+        waitFor(process.watch());
+        EXPECT_EQ(process.ending(), " | signal=9");
+    }
+
+    EXPECT_FALSE(hasChildren());
+    EXPECT_EQ(descriptorCount(), before);
+}
+
 TEST(Process, SaysWhyItDoesNotStart)
 {
     const Torv::Test::TemporaryDirectory directory;
