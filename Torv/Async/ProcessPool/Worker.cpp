@@ -142,17 +142,24 @@ std::string Worker::takeAnswer()
     return answer;
 }
 
+/// All that came, though there is no answer in it.
+std::string Worker::takeAll()
+{
+    m_scanned = m_lineStart = 0;
+    return std::exchange(m_received, {});
+}
+
 std::string Worker::takeLastWords(const Deadline& deadline)
 {
     const auto patience = Clock::now() + endingTime;
     std::array<pollfd, 1> polled{{{m_process.watch().number(), POLLIN, 0}}};
     if (!pollUntil(polled, std::min(deadline.value_or(patience), patience))) {
         kill();
-        return std::move(m_received);
+        return takeAll();
     }
     if (!m_process.hasSucceeded())
         fail("The worker process died" + ending());
-    return std::move(m_received);
+    return takeAll();
 }
 
 bool Worker::hasReadNothingOf(std::string_view request) const

@@ -53,6 +53,7 @@ private:
     Received receive();
     bool findAnswer();
     std::string takeAnswer();
+    std::string takeAll();
     std::string takeLastWords(const Deadline& deadline);
     bool hasReadNothingOf(std::string_view request) const;
     bool waitFor(bool isSending, const Deadline& deadline) const;

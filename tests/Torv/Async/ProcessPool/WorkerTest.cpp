@@ -85,6 +85,14 @@ TEST(Worker, FailsARequestThatItDiesOfWhileAnotherHoldsItsOutput)
     EXPECT_EQ(failureOf({"each", "fork", "crash"}), "The worker process died | signal=6");
 }
 
+TEST(Worker, IsNotAskedAgainOnceItHasEndedWhileAnotherHoldsItsOutput)
+{
+    Worker worker(testWorkerPath, {"each", "print", "hello%0A", "fork", "leave", "0"});
+    ASSERT_EQ(worker.ask("1\n", inMilliseconds(20000)), "hello\n");
+
+    EXPECT_EQ(worker.ask("1\n", inMilliseconds(20000)), std::nullopt);
+}
+
 TEST(Worker, AnswersEvenIfItDiesOfItAfterwards)
 {
     EXPECT_EQ(answerOf({"each", "print", "{}%0A", "crash"}), "{}\n");
