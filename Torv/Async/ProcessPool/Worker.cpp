@@ -63,12 +63,13 @@ std::optional<std::string> Worker::ask(std::string_view request, const Deadline&
         const Received received = receive();
         if (received == Received::Bytes) {
             const bool hasAnswered = findAnswer();
-            if (m_received.size() > maxAnswerSize)
+            // What already came behind the answer belongs to the next one.
+            if ((hasAnswered ? m_lineStart : m_received.size()) > maxAnswerSize)
                 fail("The worker process answered too much | limit=" + std::to_string(maxAnswerSize));
             if (hasAnswered)
                 return takeAnswer();
         } else if (received == Received::End || hasEnded) {
-            if (hasReadNothingOf(request))
+            if (hasReadNothingOf(request.size() - unsent.size()))
                 return std::nullopt;
             return takeLastWords(deadline);
         }
@@ -162,11 +163,12 @@ std::string Worker::takeLastWords(const Deadline& deadline)
     return takeAll();
 }
 
-bool Worker::hasReadNothingOf(std::string_view request) const
+/// Of a request of which so many bytes were written.
+bool Worker::hasReadNothingOf(std::size_t written) const
 {
     int unread = 0;
     return ::ioctl(m_process.input().number(), FIONREAD, &unread) == 0 &&
-           static_cast<std::size_t>(unread) == request.size();
+           static_cast<std::size_t>(unread) == written;
 }
 
 /// Whether the process has ended; all that it wrote is there to be read then. Its output alone does not tell,

@@ -55,7 +55,7 @@ private:
     std::string takeAnswer();
     std::string takeAll();
     std::string takeLastWords(const Deadline& deadline);
-    bool hasReadNothingOf(std::string_view request) const;
+    bool hasReadNothingOf(std::size_t written) const;
     bool waitFor(bool isSending, const Deadline& deadline) const;
     [[noreturn]] void fail(const std::string& message) const;
 

@@ -112,6 +112,7 @@ TEST(Worker, IsKilledAtTheDeadline)
 TEST(Worker, GivesAnswersOfSixteenMebibytesAndNoMore)
 {
     EXPECT_EQ(answerOf({"each", "print", "{", "flood", "16777214", "print", "%0A"}).size(), 16777216U);
+    EXPECT_EQ(answerOf({"each", "print", "{", "flood", "16777214", "print", "%0Abye%0A"}).size(), 16777216U);
     EXPECT_EQ(failureOf({"each", "print", "{", "flood", "16777215", "print", "%0A"}),
               "The worker process answered too much | limit=16777216");
     EXPECT_EQ(failureOf({"each", "flood", "100000000"}),
@@ -152,6 +153,13 @@ TEST(Worker, WasNotAskedIfItEndsWithoutReadingTheRequest)
 
         EXPECT_EQ(worker.ask("1\n", std::nullopt), std::nullopt);
     }
+}
+
+TEST(Worker, WasNotAskedIfItEndsWithoutReadingARequestLargerThanAPipe)
+{
+    Worker worker(testWorkerPath, {"sleep", "100", "leave", "0"});
+
+    EXPECT_EQ(worker.ask(std::string(1000000, '1') + "\n", inMilliseconds(20000)), std::nullopt);
 }
 
 TEST(Worker, IsNotAskedIfItHasAnsweredWithoutARequest)
