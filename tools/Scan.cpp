@@ -69,6 +69,9 @@ private:
     Result resultOf(const FileFinder::Found& found, JobFile& file);
     void deliver(Result result, std::size_t number);
     void print(const Result& result);
+    void refresh();
+    void keepFresh();
+    void endTicker(std::thread& ticker);
     void fail(std::exception_ptr failure);
     int threadCount() const;
 
@@ -83,6 +86,7 @@ private:
 
     std::mutex m_mutex; ///< Guards what follows.
     std::condition_variable m_roomAhead;
+    std::condition_variable m_ended;
     FileFinder m_finder;
     std::vector<Result> m_results; ///< Of the files from m_printed on; the place is the number of the file.
     std::size_t m_found = 0;       ///< Files that were taken up.
@@ -92,6 +96,7 @@ private:
     Torv::IO::FileStream m_output;
     Clock::time_point m_flushed = Clock::now();
     bool m_hasFailed = false; ///< A file failed.
+    bool m_isOver = false;    ///< All files are printed.
     std::exception_ptr m_failure;
 };
 
@@ -108,8 +113,12 @@ Scanner::Scanner(const Options& options)
 
 ExitStatus Scanner::run()
 {
+    std::thread ticker;
     std::vector<std::thread> threads;
     try {
+        // A worker may take minutes over one job.
+        if (m_showsProgress || m_options.worker.isUsed)
+            ticker = std::thread([this] { keepFresh(); });
         for (int thread = 1; thread < threadCount(); ++thread)
             threads.emplace_back([this] { work(); });
     } catch (const std::system_error&) {
@@ -118,6 +127,7 @@ ExitStatus Scanner::run()
     work();
     for (std::thread& thread : threads)
         thread.join();
+    endTicker(ticker);
     if (m_failure)
         std::rethrow_exception(m_failure);
     m_output.flush();
@@ -187,12 +197,43 @@ void Scanner::deliver(Result result, std::size_t number)
         ++m_printed;
         m_roomAhead.notify_all();
     }
+    refresh();
+}
+
+/// What has been printed goes out, and the bar moves.
+void Scanner::refresh()
+{
     if (Clock::now() >= m_flushed + flushInterval) {
         m_bar.clear(); // Both may go to one terminal.
         m_output.flush();
         m_flushed = Clock::now();
     }
     m_bar.show(m_done);
+}
+
+/// Refreshes while all threads are busy with one job each.
+void Scanner::keepFresh()
+{
+    try {
+        Lock lock(m_mutex);
+        do
+            refresh();
+        while (!m_ended.wait_for(lock, flushInterval, [this] { return m_isOver; }));
+    } catch (...) {
+        fail(std::current_exception());
+    }
+}
+
+void Scanner::endTicker(std::thread& ticker)
+{
+    if (!ticker.joinable())
+        return;
+    {
+        const Lock lock(m_mutex);
+        m_isOver = true;
+    }
+    m_ended.notify_one();
+    ticker.join();
 }
 
 void Scanner::print(const Result& result)

@@ -6,6 +6,7 @@ TEST_WORKER is the worker for tests, JOBPARSER_LIBRARY the library that the tool
 import json
 import os
 import pathlib
+import pty
 import shutil
 import subprocess
 import unittest
@@ -199,6 +200,47 @@ class Convert(WorkerToolTest):
         ):
             with self.subTest(arguments):
                 self.run_tool("convert", *arguments, status=WRONG)
+
+
+class Scan(WorkerToolTest):
+    """A scan in which the worker takes long over the last job."""
+
+    SLOW = "sleep 3000 " + printing(REPLY)
+
+    def start(self, **streams):
+        self.file("spool/quick", RAW)
+        self.file("spool/slow", PCL)
+        tool = subprocess.Popen([TOOL, "scan", *self.worker(self.SLOW), "spool"], cwd=self.folder, **streams)
+        self.addCleanup(tool.wait)
+        self.addCleanup(tool.kill)
+        return tool
+
+    def setUp(self):
+        super().setUp()
+        (self.folder / "spool").mkdir()
+
+    def test_gives_what_is_known_meanwhile(self):
+        tool = self.start(stdout=subprocess.PIPE)
+        self.addCleanup(tool.stdout.close)
+
+        first = os.read(tool.stdout.fileno(), 65536)
+
+        self.assertEqual(first.count(b"\n"), 1)
+        self.assertTrue(first.startswith(b'{"path":"spool/quick","info"'), first)
+        rest = tool.stdout.read()
+        self.assertEqual(json.loads(rest)["info"]["monoCount"], 3)
+        self.assertEqual(tool.wait(), 0)
+
+    def test_shows_how_far_it_is_meanwhile(self):
+        primary, secondary = pty.openpty()
+        self.addCleanup(os.close, primary)
+        tool = self.start(stdout=subprocess.DEVNULL, stderr=secondary)
+        os.close(secondary)
+        shown = b""
+        while shown.count(b" 1/2 files ") < 3:
+            shown += os.read(primary, 65536)
+
+        self.assertIsNone(tool.poll())
 
 
 class Decrypt(WorkerToolTest):
