@@ -399,7 +399,7 @@ std::optional<Answer> Reader::takeStep(const RewriteStepRow& row, int argc, char
 std::optional<Answer> Reader::findContradiction() const
 {
     if (m_options.files.empty())
-        return wrongHere("FILE is missing");
+        return wrongHere(m_options.subcommand == Subcommand::Scan ? "PATH is missing" : "FILE is missing");
     if (m_options.subcommand == Subcommand::Convert)
         return findContradictionInConvert();
     const bool takesMany =

@@ -175,6 +175,11 @@ class CommandLine(ScanTest):
             with self.subTest(arguments):
                 self.run_tool("scan", *arguments, status=WRONG)
 
+    def test_says_what_is_missing(self):
+        done = self.run_tool("scan", status=WRONG)
+
+        self.assertEqual(done.stderr, b"jobparser: PATH is missing\nTry: jobparser scan --help\n")
+
     def test_fails_if_the_configuration_cannot_be_read(self):
         self.file("job", RAW)
 
