@@ -79,34 +79,43 @@ bool PclXlAnalyzer::step()
     }
     switch (tag) {
     case AttributeId8:
-    case AttributeId16: {
-        const int first = m_reader.get();
-        const int id =
-            tag == AttributeId8 ? first : (m_isBigEndian ? m_reader.get() : (m_reader.get(), first));
-        if (m_hasValue && m_attributes.size() < mostAttributes)
-            m_attributes[static_cast<std::uint8_t>(id)] = m_value;
-        m_hasValue = false;
-        return id >= 0;
-    }
-    case EmbeddedData:
-    case EmbeddedDataByte: {
-        std::int64_t size = 0;
-        for (int i = 0; i < (tag == EmbeddedData ? 4 : 1); ++i) {
-            const std::int64_t byte = std::max(m_reader.get(), 0);
-            size = m_isBigEndian ? (size << 8) | byte : size | (byte << (8 * i));
-        }
-        takeEmbeddedData(size);
-        return true;
-    }
+    case AttributeId16: return takeAttribute(tag);
+    case EmbeddedData: takeEmbeddedData(readSize(4)); return true;
+    case EmbeddedDataByte: takeEmbeddedData(readSize(1)); return true;
     case littleEndianBinding:
-    case bigEndianBinding: {
+    case bigEndianBinding:
         // Another stream begins, as where jobs are put together.
         m_reader.seek(m_reader.position() - 1);
         readHeader();
         return true;
-    }
     default: return false;
     }
+}
+
+// The name of the value that was read; only the low byte of it has a meaning. False if it is cut off.
+bool PclXlAnalyzer::takeAttribute(std::uint8_t tag)
+{
+    int id = m_reader.get();
+    if (tag == AttributeId16) {
+        const int second = m_reader.get();
+        id = m_isBigEndian || second < 0 ? second : id;
+    }
+    if (id < 0)
+        return false;
+    if (m_hasValue && m_attributes.size() < mostAttributes)
+        m_attributes[static_cast<std::uint8_t>(id)] = m_value;
+    m_hasValue = false;
+    return true;
+}
+
+std::int64_t PclXlAnalyzer::readSize(int bytes)
+{
+    std::int64_t size = 0;
+    for (int i = 0; i < bytes; ++i) {
+        const std::int64_t byte = std::max(m_reader.get(), 0);
+        size = m_isBigEndian ? (size << 8) | byte : size | (byte << (8 * i));
+    }
+    return size;
 }
 
 void PclXlAnalyzer::takeEmbeddedData(std::int64_t size)
@@ -160,20 +169,31 @@ void PclXlAnalyzer::beginPage()
     m_graphics = {};
     m_saved.clear();
     m_hasPath = false;
-    PageSize sheet;
-    if (const PclXlValue* custom = find(CustomMediaSize)) {
-        constexpr double unitTenths[] = {254, 10, 0.1}; // Inches, millimetres, tenths of one.
-        const PclXlValue* units = find(CustomMediaSizeUnits);
-        const int unit = units == nullptr ? 0 : std::clamp(units->integer(), 0, 2);
-        const double scale = unit == 2 ? 1 : unitTenths[unit];
-        const double pointsPerTenth = 72.0 / 254;
-        sheet = pageSizeOfPoints(custom->number(0) * scale * pointsPerTenth,
-                                 custom->number(1) * scale * pointsPerTenth);
-    } else if (const PclXlValue* media = find(MediaSize)) {
-        sheet = media->isArray() ? pclXlPaper(media->text()) : pclXlPaper(media->integer());
+    m_printer.setSize(turned(sheet(), orientation()));
+}
+
+PageSize PclXlAnalyzer::sheet() const
+{
+    const PclXlValue* custom = find(CustomMediaSize);
+    if (custom == nullptr) {
+        const PclXlValue* media = find(MediaSize);
+        if (media == nullptr)
+            return {};
+        return media->isArray() ? pclXlPaper(media->text()) : pclXlPaper(media->integer());
     }
-    const PclXlValue* orientation = find(Orientation);
-    m_printer.setSize(turned(sheet, orientation == nullptr ? 0 : std::clamp(orientation->integer(), 0, 3)));
+    constexpr double unitTenths[] = {254, 10, 1}; // Inches, millimetres, tenths of one.
+    constexpr double pointsPerTenth = 72.0 / 254;
+    const PclXlValue* units = find(CustomMediaSizeUnits);
+    const double scale = unitTenths[units == nullptr ? 0 : std::clamp(units->integer(), 0, 2)] * pointsPerTenth;
+    return pageSizeOfPoints(custom->number(0) * scale, custom->number(1) * scale);
+}
+
+// Quarter turns; what is none of them leaves the page to the printer, whose own is upright.
+int PclXlAnalyzer::orientation() const
+{
+    const PclXlValue* value = find(Orientation);
+    const int turns = value == nullptr ? 0 : value->integer();
+    return turns >= 0 && turns <= 3 ? turns : 0;
 }
 
 void PclXlAnalyzer::endPage()

@@ -35,6 +35,8 @@ private:
 
     void readHeader();
     bool step();
+    bool takeAttribute(std::uint8_t tag);
+    std::int64_t readSize(int bytes);
     void takeEmbeddedData(std::int64_t size);
     void takeOperator(std::uint8_t code);
     void takePageOperator(std::uint8_t code);
@@ -42,6 +44,8 @@ private:
     void takePaintOperator(std::uint8_t code);
     void takePictureOperator(std::uint8_t code);
     void beginPage();
+    PageSize sheet() const;
+    int orientation() const;
     void endPage();
     void setColorSpace();
     PageClass sourceClass(std::uint8_t nullAttribute) const;

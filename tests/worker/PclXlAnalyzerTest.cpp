@@ -112,6 +112,21 @@ TEST(PclXlAnalyzer, TellsSizeOrientationAndCopies)
     EXPECT_EQ(facts.copies(), 4);
 }
 
+TEST(PclXlAnalyzer, TurnsThePageForTheLandscapeOrientationsOnly)
+{
+    const auto widthOf = [](int orientation) {
+        return analyze(PclXlBytes().beginPage(orientation).endPage().str()).size().width;
+    };
+
+    EXPECT_EQ(widthOf(0), 2100);
+    EXPECT_EQ(widthOf(1), 2970);
+    EXPECT_EQ(widthOf(2), 2100);
+    EXPECT_EQ(widthOf(3), 2970);
+    // The printer's own, and what is no orientation.
+    EXPECT_EQ(widthOf(4), 2100);
+    EXPECT_EQ(widthOf(7), 2100);
+}
+
 TEST(PclXlAnalyzer, ReadsSizesByNameAndByMeasure)
 {
     const JobFacts named = analyze(PclXlBytes().bytes(37, "letter").op(0x43).endPage().str());
