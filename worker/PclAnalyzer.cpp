@@ -78,6 +78,7 @@ void PclAnalyzer::reset()
     m_hpgl.reset();
     m_printer.setOverlay(PageClass::Blank);
     m_printer.setSize({});
+    deleteTemporaryMacros();
     beginPage();
 }
 
@@ -261,23 +262,33 @@ void PclAnalyzer::takePage(const Command& command)
 {
     const int value = asInt(command.value);
     switch (command.param) {
-    case 'A':
-    case 'O': {
-        int& setting = command.param == 'A' ? m_state.pageCode : m_state.orientation;
-        if (command.param == 'O' && (value < 0 || value > 3))
-            return;
-        // A new page begins even if the size stays, as long as something is on this one.
-        m_printer.ejectIfTouched();
-        setting = value;
-        m_state.topMargin = halfInch;
-        m_state.textLength = 0;
-        updateSize();
-        beginPage();
+    case 'A': changePage(m_state.pageCode, value); break;
+    case 'O':
+        if (value >= 0 && value <= 3)
+            changePage(m_state.orientation, value);
         break;
-    }
     case 'H':
     case 'S': turnPage(false); break;
     case 'X': m_printer.setCopies(value); break;
+    default: takeLines(command); break;
+    }
+}
+
+void PclAnalyzer::changePage(int& setting, int value)
+{
+    // A new page begins even if the size stays, as long as something is on this one.
+    m_printer.ejectIfTouched();
+    setting = value;
+    m_state.topMargin = halfInch;
+    m_state.textLength = 0;
+    updateSize();
+    beginPage();
+}
+
+void PclAnalyzer::takeLines(const Command& command)
+{
+    const int value = asInt(command.value);
+    switch (command.param) {
     case 'L': m_state.skipsPerforation = value != 0; break;
     case 'C':
         m_state.lineHeight = static_cast<std::int64_t>(std::clamp(command.value, 0.0, 1e5) * 150);
@@ -368,8 +379,11 @@ void PclAnalyzer::takeRaster(const Command& command)
         break;
     case 'S': m_raster.setWidth(value); break;
     case 'A':
-    case 'B':
-    case 'C': m_raster.clearRows(); break;
+    case 'B': m_raster.clearRows(); break;
+    case 'C':
+        m_raster.clearRows();
+        m_raster.setMode(0);
+        break;
     default: break;
     }
 }
@@ -397,49 +411,74 @@ void PclAnalyzer::takeRule(const Command& command)
 
 void PclAnalyzer::takeMacro(const Command& command, std::int64_t sequenceStart, int depth)
 {
-    enum Operation { Begin = 0, End = 1, Execute = 2, Call = 3, Overlay = 4, NoOverlay = 5, DeleteAll = 6 };
-
     const int value = asInt(command.value);
-    if (command.param == 'Y') {
-        if (!m_isDefining)
-            m_macroId = value;
-        return;
-    }
     if (m_isDefining) {
-        if (value == End) {
-            m_isDefining = false;
-            if (m_macros.size() < mostMacros)
-                m_macros[m_macroId] = {m_definitionStart, sequenceStart};
-        }
-        return;
-    }
-    const auto macro = m_macros.find(m_macroId);
-    const Range range = macro == m_macros.end() ? Range() : macro->second;
-    if (value == Begin) {
-        m_isDefining = depth == 0;
-        m_definitionStart = m_reader.position();
-    } else if (value == Execute) {
-        replay(range, depth);
-    } else if (value == Call) {
-        const State saved = m_state;
-        replay(range, depth);
-        m_state = saved;
-        updateSize();
-    } else if (value == Overlay) {
-        const State saved = m_state;
-        const PagePrinter page = m_printer.beginScratch();
-        replay(range, depth);
-        const PageClass painted = m_printer.endScratch(page);
-        m_state = saved;
-        m_printer.setOverlay(painted);
-    } else if (value == NoOverlay) {
-        m_printer.setOverlay(PageClass::Blank);
-    } else if (value == DeleteAll) {
-        m_macros.clear();
+        if (command.param == 'X' && value == static_cast<int>(Operation::End))
+            endDefinition(sequenceStart);
+    } else if (command.param == 'Y') {
+        m_macroId = value;
+    } else {
+        controlMacro(static_cast<Operation>(value), depth);
     }
 }
 
-void PclAnalyzer::replay(const Range& macro, int depth)
+void PclAnalyzer::endDefinition(std::int64_t sequenceStart)
+{
+    m_isDefining = false;
+    if (m_macros.size() < mostMacros)
+        m_macros[m_macroId] = {m_definitionStart, sequenceStart, false};
+}
+
+void PclAnalyzer::controlMacro(Operation operation, int depth)
+{
+    const auto found = m_macros.find(m_macroId);
+    const Macro macro = found == m_macros.end() ? Macro() : found->second;
+    switch (operation) {
+    case Operation::Begin:
+        m_isDefining = depth == 0;
+        m_definitionStart = m_reader.position();
+        break;
+    case Operation::End: break;
+    case Operation::Execute: replay(macro, depth); break;
+    case Operation::Call: call(macro, depth); break;
+    case Operation::Overlay: overlay(macro, depth); break;
+    case Operation::NoOverlay: m_printer.setOverlay(PageClass::Blank); break;
+    case Operation::DeleteAll: m_macros.clear(); break;
+    case Operation::DeleteTemporary: deleteTemporaryMacros(); break;
+    case Operation::Delete: m_macros.erase(m_macroId); break;
+    case Operation::MakeTemporary:
+    case Operation::MakePermanent:
+        if (found != m_macros.end())
+            found->second.isPermanent = operation == Operation::MakePermanent;
+        break;
+    }
+}
+
+void PclAnalyzer::deleteTemporaryMacros()
+{
+    std::erase_if(m_macros, [](const auto& entry) { return !entry.second.isPermanent; });
+}
+
+void PclAnalyzer::call(const Macro& macro, int depth)
+{
+    const State saved = m_state;
+    replay(macro, depth);
+    m_state = saved;
+    updateSize();
+}
+
+// What the macro paints comes out on each page that follows.
+void PclAnalyzer::overlay(const Macro& macro, int depth)
+{
+    const State saved = m_state;
+    const PagePrinter page = m_printer.beginScratch();
+    replay(macro, depth);
+    const PageClass painted = m_printer.endScratch(page);
+    m_state = saved;
+    m_printer.setOverlay(painted);
+}
+
+void PclAnalyzer::replay(const Macro& macro, int depth)
 {
     const std::int64_t size = macro.end - macro.start;
     if (size <= 0 || depth >= deepestCall || m_replayed + size > mostReplayed)

@@ -49,9 +49,11 @@ private:
         std::int32_t unitsPerInch = 300;
     };
 
-    struct Range {
+    /// What a macro holds, as offsets of the body. Resets leave permanent ones.
+    struct Macro {
         std::int64_t start = 0;
         std::int64_t end = 0;
+        bool isPermanent = false;
     };
 
     /// One sequence with its number, such as `ESC & l 26 A`.
@@ -63,6 +65,21 @@ private:
         bool isRelative = false;
     };
 
+    /// What `ESC & f # X` asks for. The numbers stand in jobs.
+    enum class Operation : int {
+        Begin = 0,
+        End = 1,
+        Execute = 2,
+        Call = 3,
+        Overlay = 4,
+        NoOverlay = 5,
+        DeleteAll = 6,
+        DeleteTemporary = 7,
+        Delete = 8,
+        MakeTemporary = 9,
+        MakePermanent = 10
+    };
+
     void walk(std::int64_t end, int depth);
     void takeControl(int byte);
     void takeEscape(std::int64_t end, int depth);
@@ -72,16 +89,23 @@ private:
     std::int64_t payloadOf(const Command& command) const;
     void takePayload(const Command& command, std::int64_t size);
     void takePage(const Command& command);
+    void changePage(int& setting, int value);
+    void takeLines(const Command& command);
     void takeCursor(const Command& command);
     void takeColor(const Command& command);
     void takeRaster(const Command& command);
     void takeRule(const Command& command);
     void takeMacro(const Command& command, std::int64_t sequenceStart, int depth);
+    void endDefinition(std::int64_t sequenceStart);
+    void controlMacro(Operation operation, int depth);
+    void deleteTemporaryMacros();
+    void call(const Macro& macro, int depth);
+    void overlay(const Macro& macro, int depth);
     void takePaletteControl(const Command& command);
     void takeRasterData(const Command& command, std::int64_t size);
     void takeCharacters(std::span<const std::uint8_t> bytes);
     void configurePalette(std::span<const std::uint8_t> data);
-    void replay(const Range& macro, int depth);
+    void replay(const Macro& macro, int depth);
     void reset();
     void turnPage(bool always);
     void lineFeed(std::int64_t distance);
@@ -98,7 +122,7 @@ private:
     PclRaster m_raster;
     HpglWalker m_hpgl;
     std::array<double, 3> m_components{};
-    std::map<int, Range> m_macros;
+    std::map<int, Macro> m_macros;
     int m_macroId = 0;
     std::int64_t m_end = 0; ///< Of the body or of the macro that is walked.
     bool m_isDefining = false;

@@ -301,6 +301,41 @@ TEST(PclAnalyzer, PutsAnOverlayOnEachPage)
     EXPECT_EQ(pages(JobBytes(defined).esc("&f5X").raw("c\f")), (Pages{0, 1, 0, 2}));
 }
 
+TEST(PclAnalyzer, ForgetsMacrosThatTheJobDeletes)
+{
+    const JobBytes defined =
+        JobBytes().esc("&f7y0X").raw("x").esc("&f1X").esc("&f8y0X").raw("y").esc("&f1x10X");
+    const auto markedBy = [&](const char* change, const char* call) {
+        return pages(JobBytes(defined).esc(change).esc(call).raw("\f")) == Pages{0, 1, 0, 0};
+    };
+
+    EXPECT_TRUE(markedBy("&f9Y", "&f7y2X"));
+    // All of them.
+    EXPECT_FALSE(markedBy("&f6X", "&f7y2X"));
+    EXPECT_FALSE(markedBy("&f6X", "&f8y2X"));
+    // Those that are not permanent, as the second one was made.
+    EXPECT_FALSE(markedBy("&f7X", "&f7y2X"));
+    EXPECT_TRUE(markedBy("&f7X", "&f8y2X"));
+    EXPECT_FALSE(markedBy("&f8y9x7X", "&f8y2X"));
+    // One of them.
+    EXPECT_FALSE(markedBy("&f7y8X", "&f7y2X"));
+    EXPECT_TRUE(markedBy("&f7y8X", "&f8y2X"));
+    // A reset.
+    EXPECT_FALSE(markedBy("E", "&f7y2X"));
+    EXPECT_TRUE(markedBy("E", "&f8y2X"));
+}
+
+TEST(PclAnalyzer, ForgetsTheModeOfRowsAtTheEndOfAPicture)
+{
+    // Run lengths make eight white dots of these two bytes; as they stand they hold a black one.
+    const JobBytes picture = JobBytes().esc("*r1A").esc("*b1M").raw(row(std::string("\x80\x00", 2)));
+
+    EXPECT_EQ(pages(JobBytes(picture).esc("*rB").raw(row(std::string("\x80\x00", 2))).raw("\f")),
+              (Pages{1, 0, 0, 0}));
+    EXPECT_EQ(pages(JobBytes(picture).esc("*rC").raw(row(std::string("\x80\x00", 2))).raw("\f")),
+              (Pages{0, 1, 0, 0}));
+}
+
 TEST(PclAnalyzer, EndsMacrosThatCallEachOther)
 {
     const JobBytes job = JobBytes().esc("&f1y0X").raw("a").esc("&f1y2X").esc("&f1y1X").esc("&f2X").esc("E");
