@@ -21,34 +21,6 @@ constexpr int endOfText = 3;
 constexpr std::size_t longestParameters = 256;
 constexpr int mostPens = 256;
 
-/// What an instruction paints, beside those that have a rule of their own.
-enum class Paint { Nothing, Line, LineIfPenDown, Area, Polygon, PolygonArea };
-
-struct Instruction {
-    char first;
-    char second;
-    Paint paint;
-};
-
-constexpr std::array<Instruction, 21> instructions{{
-    {'P', 'D', Paint::Line},          {'P', 'A', Paint::LineIfPenDown}, {'P', 'R', Paint::LineIfPenDown},
-    {'A', 'A', Paint::LineIfPenDown}, {'A', 'R', Paint::LineIfPenDown}, {'A', 'T', Paint::LineIfPenDown},
-    {'R', 'T', Paint::LineIfPenDown}, {'B', 'Z', Paint::LineIfPenDown}, {'B', 'R', Paint::LineIfPenDown},
-    {'C', 'I', Paint::Line},          {'E', 'A', Paint::Line},          {'E', 'R', Paint::Line},
-    {'E', 'W', Paint::Line},          {'E', 'P', Paint::Polygon},       {'F', 'P', Paint::PolygonArea},
-    {'R', 'A', Paint::Area},          {'R', 'R', Paint::Area},          {'W', 'G', Paint::Area},
-    {'R', 'Q', Paint::Area},          {'S', 'B', Paint::Nothing},       {'P', 'U', Paint::Nothing},
-}};
-
-Paint paintOf(char first, char second)
-{
-    for (const Instruction& row : instructions) {
-        if (row.first == first && row.second == second)
-            return row.paint;
-    }
-    return Paint::Nothing;
-}
-
 // All but the coordinates of a relative move of nowhere.
 bool hasNumber(const std::string& parameters)
 {
@@ -87,11 +59,72 @@ bool isParameterByte(int byte)
 
 } // namespace
 
+/// What an instruction paints once its parameters are read.
+enum class HpglWalker::Paint { Nothing, Line, LineIfPenDown, Area, Polygon, PolygonArea };
+
+struct HpglWalker::Instruction {
+    std::string_view name;
+    Paint paint = Paint::Nothing;
+    void (HpglWalker::*set)(const std::string& parameters) = nullptr;
+    void (HpglWalker::*takeText)() = nullptr; ///< Of what is followed by something else than numbers.
+};
+
+const HpglWalker::Instruction* HpglWalker::find(std::string_view name)
+{
+    using H = HpglWalker;
+    static constexpr std::array<Instruction, 32> instructions{{
+        {"PD", Paint::Line, &H::lowerPen},
+        {"PU", Paint::Nothing, &H::liftPen},
+        {"PA", Paint::LineIfPenDown},
+        {"PR", Paint::LineIfPenDown},
+        {"AA", Paint::LineIfPenDown},
+        {"AR", Paint::LineIfPenDown},
+        {"AT", Paint::LineIfPenDown},
+        {"RT", Paint::LineIfPenDown},
+        {"BZ", Paint::LineIfPenDown},
+        {"BR", Paint::LineIfPenDown},
+        {"CI", Paint::Line},
+        {"EA", Paint::Line},
+        {"ER", Paint::Line},
+        {"EW", Paint::Line},
+        {"RA", Paint::Area},
+        {"RR", Paint::Area},
+        {"WG", Paint::Area},
+        {"RQ", Paint::Area},
+        {"EP", Paint::Polygon},
+        {"FP", Paint::PolygonArea},
+        {"PM", Paint::Nothing, &H::takePolygonMode},
+        {"SP", Paint::Nothing, &H::selectPen},
+        {"PC", Paint::Nothing, &H::setPenColor},
+        {"NP", Paint::Nothing, &H::setPenCount},
+        {"FT", Paint::Nothing, &H::setFill},
+        {"IN", Paint::Nothing, &H::initialize},
+        {"DF", Paint::Nothing, &H::setDefaults},
+        {"LB", Paint::Nothing, nullptr, &H::takeLabel},
+        {"PE", Paint::Nothing, nullptr, &H::takePolyline},
+        {"CO", Paint::Nothing, nullptr, &H::takeComment},
+        {"DT", Paint::Nothing, nullptr, &H::takeLabelEnd},
+        {"SM", Paint::Nothing, nullptr, &H::takeSymbol},
+    }};
+    const auto found = std::ranges::find(instructions, name, &Instruction::name);
+    return found == instructions.end() ? nullptr : found;
+}
+
 void HpglWalker::reset()
 {
     m_pens = {};
     m_pen = 1;
+    initialize({});
+}
+
+void HpglWalker::initialize(const std::string& parameters)
+{
+    setDefaults(parameters);
     m_isPenDown = false;
+}
+
+void HpglWalker::setDefaults(const std::string&)
+{
     m_isInPolygon = false;
     m_hasPolygon = false;
     m_labelEnd = endOfText;
@@ -116,8 +149,8 @@ void HpglWalker::walk(std::int64_t end)
         if (second < 0 || !Torv::Ascii::isLetter(static_cast<std::uint8_t>(second)))
             continue;
         get();
-        take(static_cast<char>(Torv::Ascii::toUpper(static_cast<std::uint8_t>(first))),
-             static_cast<char>(Torv::Ascii::toUpper(static_cast<std::uint8_t>(second))));
+        take({static_cast<char>(Torv::Ascii::toUpper(static_cast<std::uint8_t>(first))),
+              static_cast<char>(Torv::Ascii::toUpper(static_cast<std::uint8_t>(second)))});
     }
 }
 
@@ -132,49 +165,24 @@ std::string HpglWalker::readParameters()
     return parameters;
 }
 
-void HpglWalker::take(char first, char second)
+void HpglWalker::take(const std::array<char, 2>& name)
 {
-    const auto is = [&](std::string_view name) { return name[0] == first && name[1] == second; };
-    if (is("LB"))
-        return takeLabel();
-    if (is("PE"))
-        return takePolyline();
-    if (is("CO"))
-        return takeComment();
-    if (is("DT")) {
-        const int byte = get();
-        m_labelEnd = byte < 0 || byte == ';' ? endOfText : byte;
-        return;
-    }
-    if (is("SM")) {
-        if (m_reader.peek() != ';')
-            get();
+    const Instruction* instruction = find({name.data(), name.size()});
+    if (instruction != nullptr && instruction->takeText != nullptr) {
+        (this->*instruction->takeText)();
         return;
     }
     const std::string parameters = readParameters();
-    if (is("IN") || is("DF")) {
-        m_isInPolygon = false;
-        m_hasPolygon = false;
-        m_labelEnd = endOfText;
-        m_shade = 100;
-        m_isPenDown = m_isPenDown && is("DF");
-    } else if (is("SP")) {
-        selectPen(parameters);
-    } else if (is("PC")) {
-        setPenColor(parameters);
-    } else if (is("NP")) {
-        m_pens =
-            PclPalette::ofPens(static_cast<std::size_t>(std::clamp(Torv::atoi(parameters), 2, mostPens)));
-    } else if (is("FT")) {
-        setFill(parameters);
-    } else if (is("PM")) {
-        takePolygonMode(parameters);
-    } else if (is("PU")) {
-        m_isPenDown = false;
-    }
-    if (is("PD"))
-        m_isPenDown = true;
-    switch (paintOf(first, second)) {
+    if (instruction == nullptr)
+        return;
+    if (instruction->set != nullptr)
+        (this->*instruction->set)(parameters);
+    paint(instruction->paint, parameters);
+}
+
+void HpglWalker::paint(Paint paint, const std::string& parameters)
+{
+    switch (paint) {
     case Paint::Nothing: break;
     case Paint::Line: draw(); break;
     case Paint::LineIfPenDown:
@@ -193,6 +201,16 @@ void HpglWalker::take(char first, char second)
     }
 }
 
+void HpglWalker::lowerPen(const std::string&)
+{
+    m_isPenDown = true;
+}
+
+void HpglWalker::liftPen(const std::string&)
+{
+    m_isPenDown = false;
+}
+
 void HpglWalker::takeLabel()
 {
     bool isInk = false;
@@ -200,6 +218,19 @@ void HpglWalker::takeLabel()
         isInk = isInk || byte > ' ';
     if (isInk)
         draw();
+}
+
+void HpglWalker::takeLabelEnd()
+{
+    const int byte = get();
+    m_labelEnd = byte < 0 || byte == ';' ? endOfText : byte;
+}
+
+// One character that is drawn at each point, whatever it is.
+void HpglWalker::takeSymbol()
+{
+    if (m_reader.peek() != ';')
+        get();
 }
 
 // Numbers have bytes of an own code, of which the last one is known; two make a point. `<` lifts the pen for
@@ -282,6 +313,11 @@ void HpglWalker::setPenColor(const std::string& parameters)
         m_pens.set(pen, {channel(1), channel(2), channel(3)});
     else
         m_pens.set(pen, PclPalette::ofPens(m_pens.size()).color(pen));
+}
+
+void HpglWalker::setPenCount(const std::string& parameters)
+{
+    m_pens = PclPalette::ofPens(static_cast<std::size_t>(std::clamp(Torv::atoi(parameters), 2, mostPens)));
 }
 
 void HpglWalker::setFill(const std::string& parameters)

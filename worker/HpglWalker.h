@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "worker/PclPalette.h"
 
@@ -30,16 +32,28 @@ public:
     void walk(std::int64_t end);
 
 private:
+    enum class Paint;
+    struct Instruction;
+
+    static const Instruction* find(std::string_view name);
     int get();
     std::string readParameters();
-    void take(char first, char second);
+    void take(const std::array<char, 2>& name);
+    void paint(Paint paint, const std::string& parameters);
+    void initialize(const std::string& parameters);
+    void setDefaults(const std::string& parameters);
+    void lowerPen(const std::string& parameters);
+    void liftPen(const std::string& parameters);
     void takeLabel();
+    void takeLabelEnd();
+    void takeSymbol();
     void takePolyline();
     int readEncodedNumber(bool isSevenBit);
     void takeComment();
     void skipTo(int terminator);
     void selectPen(const std::string& parameters);
     void setPenColor(const std::string& parameters);
+    void setPenCount(const std::string& parameters);
     void setFill(const std::string& parameters);
     void takePolygonMode(const std::string& parameters);
     void draw();
