@@ -59,8 +59,8 @@ PixelSize pixelsFor(const ConvertRequest& request, double width, double height)
     if (width * scale * height * scale > mostPixels)
         throw WorkerException(ErrorCode::Limit, "The picture would be too large");
     const auto side = [&](double points, std::uint32_t box) {
-        const int pixels = std::max(1, static_cast<int>(std::lround(points * scale)));
-        return box == 0 ? pixels : std::min(pixels, static_cast<int>(box));
+        const std::int64_t pixels = std::max(1L, std::lround(points * scale));
+        return static_cast<int>(box == 0 ? pixels : std::min(pixels, std::int64_t{box}));
     };
     return {side(width, request.boxWidth), side(height, request.boxHeight)};
 }
@@ -151,7 +151,7 @@ void writeText(fz_context* context, const PageSource& pages, const ConvertReques
     Fitz::protect(context, [&] { output = fz_new_output_with_path(context, path.c_str(), 0); });
     const FitzHandle<fz_output, fz_drop_output> handle(context, output);
     bool isFirst = true;
-    pages.forEach(request.pageCount, [&](fz_document*, fz_page* page, int) {
+    const int count = pages.forEach(request.pageCount, [&](fz_document*, fz_page* page, int) {
         fz_stext_page* text = nullptr;
         Fitz::protect(context, [&] { text = fz_new_stext_page_from_page(context, page, nullptr); });
         const FitzHandle<fz_stext_page, fz_drop_stext_page> textHandle(context, text);
@@ -162,6 +162,7 @@ void writeText(fz_context* context, const PageSource& pages, const ConvertReques
         });
         isFirst = false;
     });
+    requirePages(count);
     Fitz::protect(context, [&] { fz_close_output(context, output); });
 }
 

@@ -184,7 +184,8 @@ PageSize PclXlAnalyzer::sheet() const
     constexpr double unitTenths[] = {254, 10, 1}; // Inches, millimetres, tenths of one.
     constexpr double pointsPerTenth = 72.0 / 254;
     const PclXlValue* units = find(CustomMediaSizeUnits);
-    const double scale = unitTenths[units == nullptr ? 0 : std::clamp(units->integer(), 0, 2)] * pointsPerTenth;
+    const double scale =
+        unitTenths[units == nullptr ? 0 : std::clamp(units->integer(), 0, 2)] * pointsPerTenth;
     return pageSizeOfPoints(custom->number(0) * scale, custom->number(1) * scale);
 }
 

@@ -32,6 +32,8 @@ constexpr std::int64_t longestPoll = 1 << 30;
 // For a request that may come whenever it likes.
 constexpr std::chrono::milliseconds longestWait = std::chrono::hours(24 * 3650);
 
+constexpr const char* tooMuch = "The job takes more time or memory than it may";
+
 constexpr std::size_t longestMessage = std::size_t{4} << 20;
 
 /// What one process says to the other; a NUL tells that nothing was cut off.
@@ -116,12 +118,15 @@ int waitFor(pid_t child)
 
 [[noreturn]] void failByStatus(int status)
 {
-    if (WIFSIGNALED(status) && (WTERMSIG(status) == SIGXCPU || WTERMSIG(status) == SIGKILL))
-        throw WorkerException(ErrorCode::Limit, "The job takes more time or memory than it may");
-    if (WIFSIGNALED(status))
-        throw WorkerException(ErrorCode::Failed,
-                              "The job ended its process by signal " + std::to_string(WTERMSIG(status)));
-    throw WorkerException(ErrorCode::Failed, "The job ended its process");
+    if (!WIFSIGNALED(status))
+        throw WorkerException(ErrorCode::Failed, "The job ended its process");
+    const int signal = WTERMSIG(status);
+    if (signal == SIGXCPU || signal == SIGKILL)
+        throw WorkerException(ErrorCode::Limit, tooMuch);
+    if (signal == SIGXFSZ)
+        throw WorkerException(ErrorCode::Limit, "The job writes a larger file than it may");
+    throw WorkerException(ErrorCode::Failed,
+                          "The job ended its process by signal " + std::to_string(signal));
 }
 
 std::string textOf(const std::string& reply)
@@ -181,7 +186,7 @@ std::string Sandbox::run(const std::string& request)
         return textOf(reply->text);
     const int status = waitFor(std::exchange(m_ended, -1));
     if (!reply)
-        throw WorkerException(ErrorCode::Limit, "The job takes more time or memory than it may");
+        throw WorkerException(ErrorCode::Limit, tooMuch);
     failByStatus(status);
 }
 

@@ -2,11 +2,14 @@
 
 #include <chrono>
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
 
+#include "tests/Torv/TemporaryDirectory.h"
 #include "worker/WorkerException.h"
 
 namespace JobParser::Worker
@@ -114,6 +117,22 @@ TEST(Sandbox, EndsWorkThatOnlyWaits)
                             return "";
                         }),
               ErrorCode::Limit);
+}
+
+TEST(Sandbox, EndsWorkThatWritesTooMuch)
+{
+    const Torv::Test::TemporaryDirectory directory;
+    const std::string path = directory.path("output");
+    Limits limits;
+    limits.fileSize = 1000;
+
+    EXPECT_EQ(failureOf(limits,
+                        [&](const std::string&) -> std::string {
+                            std::ofstream(path) << std::string(2000, 'x');
+                            return "";
+                        }),
+              ErrorCode::Limit);
+    EXPECT_EQ(std::filesystem::file_size(path), 1000U);
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(JOBPARSER_SANITIZED)

@@ -33,7 +33,7 @@ protected:
     }
 
     Torv::Variant convert(const std::string& bytes, const std::string& out, int format, int pageCount = 0,
-                          bool forceMono = false, int box = 0, int dpi = 0)
+                          bool forceMono = false, std::int64_t box = 0, int dpi = 0)
     {
         const std::string path = directory.file("job", bytes);
         Torv::Json::Object params;
@@ -260,12 +260,14 @@ TEST_F(ServiceTest, FitsPicturesIntoTheirBox)
     convert(document, "box.png", 1, 0, false, 900);
     convert(document, "both.png", 1, 0, false, 900, 72);
     convert(document, "small.png", 1, 0, false, 30, 72);
+    convert(document, "huge.png", 1, 0, false, 4294967295, 72);
 
     EXPECT_EQ(sizeOfPng(read("usual-1.png")), std::make_pair(417, 625));
     EXPECT_EQ(sizeOfPng(read("dpi-1.png")), std::make_pair(200, 300));
     EXPECT_EQ(sizeOfPng(read("box-1.png")), std::make_pair(600, 900));
     EXPECT_EQ(sizeOfPng(read("both-1.png")), std::make_pair(200, 300));
     EXPECT_EQ(sizeOfPng(read("small-1.png")), std::make_pair(20, 30));
+    EXPECT_EQ(sizeOfPng(read("huge-1.png")), std::make_pair(200, 300));
 }
 
 TEST_F(ServiceTest, ConvertsAllPagesToOneTiff)
@@ -302,6 +304,25 @@ TEST_F(ServiceTest, LeavesNothingOfAConversionThatFails)
     EXPECT_NE(reply["errorMessage"].toString(), "");
     EXPECT_FALSE(exists("out.pdf"));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.path("")), {}), 1);
+}
+
+TEST_F(ServiceTest, ConvertsNoDocumentWithoutPages)
+{
+    for (int format = 0; format <= 5; ++format) {
+        const Torv::Variant reply = convert(pdfOf({}), "out", format);
+
+        EXPECT_FALSE(reply["success"].toBool()) << format;
+        EXPECT_EQ(reply["errorCode"].toInt(), 4) << format;
+    }
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.path("")), {}), 1);
+}
+
+TEST_F(ServiceTest, MakesNoPictureThatIsTooLarge)
+{
+    const Torv::Variant reply = convert(pdfOf({"0 0 9 9 re f"}), "out.png", 1, 0, false, 4294967295);
+
+    EXPECT_FALSE(reply["success"].toBool());
+    EXPECT_EQ(reply["errorCode"].toInt(), 5);
 }
 
 /// Has another PATH as long as it lives.
