@@ -1,6 +1,7 @@
 #include "worker/ImageClassifier.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "worker/FitzColor.h"
 
@@ -34,13 +35,23 @@ bool hasRegularBits(int bits)
     return bits == 1 || bits == 2 || bits == 4 || bits == 8 || bits == 16;
 }
 
-float decoded(const fz_image* image, int component, unsigned value)
+// What a sample stands for if the picture does not say: 0 to 1, and in Lab the ranges of MuPDF.
+std::pair<float, float> usualRange(int component, bool isLab)
+{
+    if (!isLab)
+        return {0, 1};
+    return component == 0 ? std::pair(0.0F, 100.0F) : std::pair(-128.0F, 127.0F);
+}
+
+float decoded(const fz_image* image, int component, unsigned value, bool isLab)
 {
     const float part = static_cast<float>(value) / static_cast<float>((1U << image->bpc) - 1U);
-    if (!image->use_decode)
-        return part;
-    const float* decode = image->decode + component * 2;
-    return decode[0] + part * (decode[1] - decode[0]);
+    auto [least, most] = usualRange(component, isLab);
+    if (image->use_decode) {
+        least = image->decode[component * 2];
+        most = image->decode[component * 2 + 1];
+    }
+    return least + part * (most - least);
 }
 
 } // namespace
@@ -98,13 +109,10 @@ void ImageClassifier::readRows(fz_image* image, bool isMask)
     if (size > longestRow)
         fz_throw(m_context, FZ_ERROR_GENERIC, "A picture is too wide");
     const Form form = isMask ? Form::OneComponent : formOf(image);
-    if (isMask) {
-        const bool isInverted = image->use_decode && image->decode[0] > image->decode[1];
-        m_table[0] = isInverted ? PageClass::Blank : PageClass::Mono;
-        m_table[1] = isInverted ? PageClass::Mono : PageClass::Blank;
-    } else if (form == Form::OneComponent) {
+    if (isMask)
+        prepareStencil(image);
+    else if (form == Form::OneComponent)
         prepareTable(image);
-    }
     fz_compressed_buffer* buffer = fz_compressed_image_buffer(m_context, image);
     fz_stream* stream = fz_open_compressed_buffer(m_context, buffer);
     std::uint8_t* row = nullptr;
@@ -151,33 +159,44 @@ ImageClassifier::Form ImageClassifier::formOf(const fz_image* image) const
     return Form::General;
 }
 
+// The value 0 of a stencil lets paint through.
+void ImageClassifier::prepareStencil(const fz_image* mask)
+{
+    const bool isInverted = mask->use_decode && mask->decode[0] > mask->decode[1];
+    m_table[0] = isInverted ? PageClass::Blank : PageClass::Mono;
+    m_table[1] = isInverted ? PageClass::Mono : PageClass::Blank;
+}
+
 void ImageClassifier::prepareTable(const fz_image* image)
 {
-    fz_colorspace* space = image->colorspace;
-    const bool isIndexed = fz_colorspace_type(m_context, space) == FZ_COLORSPACE_INDEXED;
+    const bool isIndexed = fz_colorspace_type(m_context, image->colorspace) == FZ_COLORSPACE_INDEXED;
     for (unsigned value = 0; value < (1U << image->bpc); ++value) {
-        float components[FZ_MAX_COLORS] = {};
         if (image->use_colorkey && isKeyedOut(image, &value)) {
             m_table[value] = PageClass::Blank;
         } else if (isIndexed) {
-            const int high = space->u.indexed.high;
-            float index = static_cast<float>(value);
-            if (image->use_decode)
-                index = decoded(image, 0, value);
-            const int entry = std::clamp(static_cast<int>(index), 0, high);
-            fz_colorspace* base = space->u.indexed.base;
-            const int n = fz_colorspace_n(m_context, base);
-            const bool isLab = fz_colorspace_type(m_context, base) == FZ_COLORSPACE_LAB;
-            for (int i = 0; i < n; ++i) {
-                const float byte = space->u.indexed.lookup[entry * n + i];
-                components[i] = !isLab ? byte / 255 : (i == 0 ? byte / 255 * 100 : byte - 128);
-            }
-            m_table[value] = classOfColor(m_context, base, components, m_tolerance);
+            m_table[value] = classOfEntry(image, value);
         } else {
-            components[0] = decoded(image, 0, value);
-            m_table[value] = classOfColor(m_context, space, components, m_tolerance);
+            float components[FZ_MAX_COLORS] = {};
+            components[0] = decoded(image, 0, value, false);
+            m_table[value] = classOfColor(m_context, image->colorspace, components, m_tolerance);
         }
     }
+}
+
+// The colour that the palette has for a value.
+PageClass ImageClassifier::classOfEntry(const fz_image* image, unsigned value) const
+{
+    const auto& palette = image->colorspace->u.indexed;
+    const float index = image->use_decode ? decoded(image, 0, value, false) : static_cast<float>(value);
+    const int entry = std::clamp(static_cast<int>(index), 0, palette.high);
+    const int n = fz_colorspace_n(m_context, palette.base);
+    const bool isLab = fz_colorspace_type(m_context, palette.base) == FZ_COLORSPACE_LAB;
+    float components[FZ_MAX_COLORS] = {};
+    for (int i = 0; i < n; ++i) {
+        const auto [least, most] = usualRange(i, isLab);
+        components[i] = least + palette.lookup[entry * n + i] * (most - least) / 255;
+    }
+    return classOfColor(m_context, palette.base, components, m_tolerance);
 }
 
 void ImageClassifier::takeRow(const fz_image* image, const std::uint8_t* row, Form form)
@@ -236,6 +255,7 @@ void ImageClassifier::takeGeneral(const fz_image* image, const std::uint8_t* row
     unsigned values[FZ_MAX_COLORS] = {};
     unsigned former[FZ_MAX_COLORS] = {};
     const int n = std::min<int>(image->n, FZ_MAX_COLORS);
+    const bool isLab = fz_colorspace_type(m_context, image->colorspace) == FZ_COLORSPACE_LAB;
     for (int x = 0; x < image->w && m_class < m_greatest; ++x) {
         const std::size_t first = static_cast<std::size_t>(x) * image->n;
         for (int i = 0; i < n; ++i)
@@ -247,7 +267,7 @@ void ImageClassifier::takeGeneral(const fz_image* image, const std::uint8_t* row
             continue;
         float components[FZ_MAX_COLORS] = {};
         for (int i = 0; i < n; ++i)
-            components[i] = decoded(image, i, values[i]);
+            components[i] = decoded(image, i, values[i], isLab);
         raise(classOfColor(m_context, image->colorspace, components, m_tolerance));
     }
 }

@@ -30,7 +30,9 @@ private:
     void readRows(fz_image* image, bool isMask);
     Form formOf(const fz_image* image) const;
     bool usesPlainValues(const fz_image* image) const;
+    void prepareStencil(const fz_image* mask);
     void prepareTable(const fz_image* image);
+    PageClass classOfEntry(const fz_image* image, unsigned value) const;
     void takeRow(const fz_image* image, const std::uint8_t* row, Form form);
     void takeGrays(const std::uint8_t* row, int count);
     void takeRgb(const std::uint8_t* row, int count);
