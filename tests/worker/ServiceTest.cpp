@@ -1,12 +1,12 @@
 #include "worker/Service.h"
 
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <sstream>
 
 #include "tests/Torv/TemporaryDirectory.h"
+#include "tests/support/FileText.h"
 #include "tests/support/JobBytes.h"
+#include "tests/support/OtherPath.h"
 #include "tests/worker/PdfBytes.h"
 
 #include "Torv/Json/Json.h"
@@ -59,13 +59,7 @@ protected:
         return Torv::Json::parse(*reply);
     }
 
-    std::string read(const std::string& name) const
-    {
-        std::ifstream stream(directory.path(name), std::ios::binary);
-        std::ostringstream text;
-        text << stream.rdbuf();
-        return text.str();
-    }
+    std::string read(const std::string& name) const { return fileText(directory.path(name)); }
 
     bool exists(const std::string& name) const { return std::filesystem::exists(directory.path(name)); }
 
@@ -324,20 +318,6 @@ TEST_F(ServiceTest, MakesNoPictureThatIsTooLarge)
     EXPECT_FALSE(reply["success"].toBool());
     EXPECT_EQ(reply["errorCode"].toInt(), 5);
 }
-
-/// Has another PATH as long as it lives.
-class OtherPath
-{
-public:
-    explicit OtherPath(const std::string& path) : m_former(::getenv("PATH"))
-    {
-        ::setenv("PATH", path.c_str(), 1);
-    }
-    ~OtherPath() { ::setenv("PATH", m_former.c_str(), 1); }
-
-private:
-    std::string m_former;
-};
 
 TEST_F(ServiceTest, SaysWhatIsMissingToConvertPcl)
 {
