@@ -125,8 +125,7 @@ int waitFor(pid_t child)
         throw WorkerException(ErrorCode::Limit, tooMuch);
     if (signal == SIGXFSZ)
         throw WorkerException(ErrorCode::Limit, "The job writes a larger file than it may");
-    throw WorkerException(ErrorCode::Failed,
-                          "The job ended its process by signal " + std::to_string(signal));
+    throw WorkerException(ErrorCode::Failed, "The job ended its process by signal " + std::to_string(signal));
 }
 
 std::string textOf(const std::string& reply)

@@ -19,15 +19,23 @@ ORIENTATIONS = {0: "portrait", 1: "landscape"}
 FACTS = ("pages", "colorPages", "copies", "paper", "duplex", "orientation")
 UEL = b"\x1b%-12345X"
 
-# Why a row is wrong, by the job and the fact.
+# Why a row is wrong, by the job and the fact, where no rule tells it.
 CAUSES = {
-    ("gs-pcl3.pcl", "colorPages"): "the document is in colour, but the driver's default is a gray page: the stream "
-    "has one plane of black",
-    ("gs-pxlcolor-mixed5.pxl", "colorPages"): "the driver wrote two grays as 4C 4D 4C and B2 B3 B2; with a tolerance "
-    "of 1 the page counts as gray",
-    ("fujixerox-cm305-pdf-blackwhite.pjl.pdf", "colorPages"): "the job asks for black and white, so that all pages "
-    "count as mono",
+    ("gs-pxlcolor-mixed5.pxl", "colorPages"): "the driver wrote two grays as 4C 4D 4C and B2 B3 B2, and the tool asks "
+    "with a tolerance of 0; with 1 the page counts as gray",
+    ("gs-pxlmono-land2-dduplextrue.pxl", "duplex"): "the driver names the edge as a landscape page has it, and "
+    "landscape exchanges the edges that are named",
+    ("fujixerox-cm305-pdf-blackwhite.pjl.pdf", "colorPages"): "the envelope asks for black and white, so that all "
+    "pages count as mono; the truth is what the document would be without it",
+    ("gutenprint-kyofs4000-pcl.pcl", "duplex"): "nothing in the job tells sides",
     ("pcl-dvilj4.pcl", "orientation"): "the job chooses neither a size nor an orientation",
+    ("ps-a2ps-duplex.ps", "duplex"): "the feature is *Duplex True, which names no edge and is read as the short one; "
+    "the edge stands in a feature *Tumble, which is not read",
+    ("ps-enscript-2up-duplex-tumble.ps", "duplex"): "sides are told by an operator without a feature's comment",
+    ("ps-gs-ps2write-land2.ps", "orientation"): "no comment tells it; it stands in a size that procedures of the job "
+    "compute",
+    ("sharp-arc172-ps-jcl-staple-punch.ps", "duplex"): "the driver's feature is *ARDuplex, which is not read, and its "
+    "envelope names an edge without DUPLEX",
 }
 CAUSES_BY_LANGUAGE = {
     "ESC/P": "no reader of ESC/P",
@@ -120,13 +128,24 @@ def row_of(job, expected, facts, wrong):
     return cells
 
 
-def cause_of(name, fact, expected, record):
+def failure(tool, path):
+    """Why the walk takes a job for malformed, in its own words."""
+    said = subprocess.run([tool, "check", str(path)], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, check=False)
+    found = re.search(r"error=(.*)", said.stderr.decode(errors="replace"))
+    return found[1].strip() if found else "for no reason that it tells"
+
+
+def cause_of(path, fact, expected, record, tool):
+    data = path.read_bytes()
     if record["copies"] is None:
-        return "the walk takes the job for malformed (a payload behind a small letter), so that nobody is asked"
+        return f"the walk takes the job for malformed, so that nobody is asked: {failure(tool, path)}"
     if record["pdl"] == 0 and expected.get("pdl") not in CAUSES_BY_LANGUAGE:
         return "the job begins with none of the signatures of languages, so that nobody is asked"
-    return CAUSES.get((name, fact)) or CAUSES_BY_LANGUAGE.get(expected.get("pdl")) or \
-        "told neither by the envelope nor by the walk of the language"
+    if fact == "duplex" and b"@PJL SET DUPLEX=OFF" in data and b"@PJL SET BINDING" not in data:
+        return "the envelope has DUPLEX=OFF without a BINDING, and sides are told by both together only"
+    if fact == "orientation" and re.search(rb"^%%Orientation: *Landscape", data, re.MULTILINE):
+        return "it stands in %%Orientation, which is not read; %%ViewingOrientation and the turns of the page are"
+    return CAUSES.get((path.name, fact)) or CAUSES_BY_LANGUAGE[expected["pdl"]]
 
 
 HEAD = """# Accuracy
@@ -163,7 +182,8 @@ def main():
             cells = row_of(name, expected, facts, wrong)
             cells += others(path, expected.get("pdl"), pathlib.Path(temporary))
             lines.append("| " + " | ".join([name, *cells]) + " |")
-            causes += [f"| {name} | {fact} | {cause_of(name, fact, expected, record)} |" for fact in wrong]
+            causes += [f"| {name} | {fact} | {cause_of(path, fact, expected, record, options.tool)} |"
+                       for fact in wrong]
     print(HEAD)
     print(f"{right} of {total} facts of {jobs} jobs are right.\n")
     print("| job | " + " | ".join(FACTS) + " | pdfinfo | inkcov |")
