@@ -1,5 +1,6 @@
 #include "worker/FitzContext.h"
 
+#include "worker/StandardFonts.h"
 #include "worker/WorkerException.h"
 
 namespace JobParser::Worker
@@ -14,7 +15,9 @@ void ignoreMessage(void*, const char*) {}
 
 } // namespace
 
-FitzContext::FitzContext() : m_context(fz_new_context(nullptr, nullptr, storeSize))
+FitzContext::FitzContext()
+    : m_context(fz_new_context(nullptr, nullptr, storeSize)),
+      m_fonts(std::make_unique<StandardFonts>(m_context))
 {
     if (m_context == nullptr)
         throw WorkerException(ErrorCode::Limit, "There is no memory for MuPDF");
@@ -23,13 +26,13 @@ FitzContext::FitzContext() : m_context(fz_new_context(nullptr, nullptr, storeSiz
     fz_disable_icc(m_context);
     Fitz::protect(m_context, [this] {
         fz_register_document_handlers(m_context);
-        m_font = fz_new_base14_font(m_context, "Helvetica");
+        m_fonts->open();
     });
 }
 
 FitzContext::~FitzContext()
 {
-    fz_drop_font(m_context, m_font);
+    m_fonts.reset();
     fz_drop_context(m_context);
 }
 

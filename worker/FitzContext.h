@@ -1,10 +1,13 @@
 #pragma once
 
+#include <memory>
 #include <mupdf/fitz.h>
 #include <utility>
 
 namespace JobParser::Worker
 {
+
+class StandardFonts;
 
 /// What MuPDF works in. Colours are converted without profiles: black of any colour space stays black, and
 /// equal channels stay equal.
@@ -21,7 +24,7 @@ public:
 
 private:
     fz_context* m_context;
-    fz_font* m_font = nullptr; ///< Keeps FreeType ready for the fonts of documents.
+    std::unique_ptr<StandardFonts> m_fonts;
 };
 
 namespace Fitz
