@@ -55,6 +55,21 @@ std::span<const std::uint8_t> BodyReader::take(std::int64_t count)
     return m_joined;
 }
 
+std::vector<Range> BodyReader::placesOf(const Range& stretch) const
+{
+    std::vector<Range> places;
+    std::int64_t start = 0;
+    const std::int64_t end = stretch.size <= m_size - stretch.offset ? stretch.offset + stretch.size : m_size;
+    for (const Range& range : m_ranges) {
+        const std::int64_t from = std::max(stretch.offset, start);
+        const std::int64_t to = std::min(end, start + range.size);
+        if (from < to)
+            places.push_back({range.offset + (from - start), to - from});
+        start += range.size;
+    }
+    return places;
+}
+
 // Finds the mapped bytes for the position.
 void BodyReader::map()
 {

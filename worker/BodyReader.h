@@ -44,6 +44,12 @@ public:
     /// The byte at the position, which stays; -1 at the end.
     int peek() const { return m_bytes.empty() ? -1 : m_bytes.front(); }
 
+    /// Where a stretch of the body, as far as there is one, stands in the file.
+    std::vector<Range> placesOf(const Range& stretch) const;
+
+    /// The file that is read.
+    JobFile& file() const { return m_file; }
+
     /// Moves forward by up to `count` bytes. Gives how many there were.
     std::int64_t skip(std::int64_t count);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "worker/BodyReader.h"
 #include "worker/PclPaper.h"
@@ -21,6 +22,10 @@ constexpr int longestHeader = 1024;
 constexpr std::size_t deepestState = 1024;
 constexpr std::size_t mostPatterns = 4096;
 constexpr std::size_t mostAttributes = 64;
+// Streams that execute streams, and bytes of streams that are executed, as far as a job may ask for them.
+constexpr int deepestStream = 3;
+constexpr std::int64_t mostExecuted = std::int64_t{64} << 20;
+constexpr std::size_t mostStreams = 4096;
 // A block of a picture is looked at in memory; none of a driver is nearly as large.
 constexpr std::int64_t longestBlock = std::int64_t{64} << 20;
 
@@ -38,8 +43,9 @@ bool isPaintOperator(std::uint8_t code)
 
 JobFacts PclXlAnalyzer::analyze()
 {
-    readHeader();
-    while (!m_reader.atEnd() && step()) {
+    if (!readHeader())
+        throw WorkerException(ErrorCode::BadDocument, "The PCL XL stream has no header");
+    while (!m_reader->atEnd() && step()) {
     }
     // A job that is cut off prints what it has.
     if (m_isInPage)
@@ -47,34 +53,34 @@ JobFacts PclXlAnalyzer::analyze()
     return m_printer.facts();
 }
 
-void PclXlAnalyzer::readHeader()
+// False if there is none.
+bool PclXlAnalyzer::readHeader()
 {
-    int byte = m_reader.get();
+    int byte = m_reader->get();
     while (byte >= 0 && byte != littleEndianBinding && byte != bigEndianBinding)
-        byte = m_reader.get();
+        byte = m_reader->get();
     m_isBigEndian = byte == bigEndianBinding;
     int length = 0;
     while (byte >= 0 && byte != '\n' && length < longestHeader) {
-        byte = m_reader.get();
+        byte = m_reader->get();
         ++length;
     }
-    if (byte != '\n')
-        throw WorkerException(ErrorCode::BadDocument, "The PCL XL stream has no header");
+    return byte == '\n';
 }
 
 // Takes one tag with what belongs to it. False if that makes no sense: then nothing that follows does.
 bool PclXlAnalyzer::step()
 {
-    const auto tag = static_cast<std::uint8_t>(m_reader.get());
+    const auto tag = static_cast<std::uint8_t>(m_reader->get());
     if (isWhiteSpace(tag))
         return true;
     if (tag >= FirstOperator && tag <= LastOperator) {
         takeOperator(tag);
         m_attributes.clear();
-        return tag != EndSession || !m_reader.atEnd();
+        return tag != EndSession || !m_reader->atEnd();
     }
     if (tag >= FirstValue && tag <= LastValue) {
-        m_hasValue = m_value.read(m_reader, tag, m_isBigEndian);
+        m_hasValue = m_value.read(*m_reader, tag, m_isBigEndian);
         return m_hasValue;
     }
     switch (tag) {
@@ -85,9 +91,8 @@ bool PclXlAnalyzer::step()
     case littleEndianBinding:
     case bigEndianBinding:
         // Another stream begins, as where jobs are put together.
-        m_reader.seek(m_reader.position() - 1);
-        readHeader();
-        return true;
+        m_reader->seek(m_reader->position() - 1);
+        return readHeader();
     default: return false;
     }
 }
@@ -95,9 +100,9 @@ bool PclXlAnalyzer::step()
 // The name of the value that was read; only the low byte of it has a meaning. False if it is cut off.
 bool PclXlAnalyzer::takeAttribute(std::uint8_t tag)
 {
-    int id = m_reader.get();
+    int id = m_reader->get();
     if (tag == AttributeId16) {
-        const int second = m_reader.get();
+        const int second = m_reader->get();
         id = m_isBigEndian || second < 0 ? second : id;
     }
     if (id < 0)
@@ -112,7 +117,7 @@ std::int64_t PclXlAnalyzer::readSize(int bytes)
 {
     std::int64_t size = 0;
     for (int i = 0; i < bytes; ++i) {
-        const std::int64_t byte = std::max(m_reader.get(), 0);
+        const std::int64_t byte = std::max(m_reader->get(), 0);
         size = m_isBigEndian ? (size << 8) | byte : size | (byte << (8 * i));
     }
     return size;
@@ -120,18 +125,25 @@ std::int64_t PclXlAnalyzer::readSize(int bytes)
 
 void PclXlAnalyzer::takeEmbeddedData(std::int64_t size)
 {
+    if (std::exchange(m_awaitsStream, false)) {
+        auto& stream = m_streams[m_streamName];
+        const auto places = m_reader->placesOf({m_reader->position(), size});
+        stream.insert(stream.end(), places.begin(), places.end());
+        m_reader->skip(size);
+        return;
+    }
     const bool isBlock = m_awaitsBlock && m_picture.has_value() && size <= longestBlock;
     m_awaitsBlock = false;
     if (!isBlock) {
-        m_reader.skip(size);
+        m_reader->skip(size);
         return;
     }
     const bool tellsMore = m_isPattern || m_printer.matters(m_picture->greatest());
     if (!tellsMore) {
-        m_reader.skip(size);
+        m_reader->skip(size);
         return;
     }
-    m_picture->takeBlock(m_blockAttributes, m_reader.take(size), m_picture->greatest());
+    m_picture->takeBlock(m_blockAttributes, m_reader->take(size), m_picture->greatest());
 }
 
 const PclXlValue* PclXlAnalyzer::find(std::uint8_t attribute) const
@@ -144,6 +156,7 @@ void PclXlAnalyzer::takeOperator(std::uint8_t code)
 {
     takePageOperator(code);
     takeStateOperator(code);
+    takeStreamOperator(code);
     if (isPaintOperator(code))
         takePaintOperator(code);
     else
@@ -223,6 +236,59 @@ void PclXlAnalyzer::takeStateOperator(std::uint8_t code)
     case SetPenSource: m_graphics.pen = sourceClass(NullPen); break;
     default: break;
     }
+}
+
+// Streams are forms that a job keeps by a name. They are whole streams themselves, with a header.
+void PclXlAnalyzer::takeStreamOperator(std::uint8_t code)
+{
+    const PclXlValue* value = find(StreamName);
+    const std::string name(value == nullptr ? std::string_view() : value->text());
+    switch (code) {
+    case BeginStream:
+        m_streamName = name;
+        m_streams.erase(name);
+        break;
+    case ReadStream:
+        // What executed streams define would stand in places of theirs.
+        m_awaitsStream = m_depth == 0 && m_streams.size() < mostStreams;
+        break;
+    case ExecStream: executeStream(name); break;
+    case RemoveStream: m_streams.erase(name); break;
+    default: break;
+    }
+}
+
+void PclXlAnalyzer::executeStream(const std::string& name)
+{
+    const auto found = m_streams.find(name);
+    if (found == m_streams.end() || m_depth >= deepestStream)
+        return;
+    const Body body{Pdl::PclXl, found->second};
+    std::int64_t size = 0;
+    for (const Range& range : body.ranges)
+        size += range.size;
+    if (size > mostExecuted - m_executed)
+        return;
+    m_executed += size;
+    BodyReader reader(m_reader->file(), body);
+    walkStream(reader);
+    // The view of the file was moved.
+    m_reader->seek(m_reader->position());
+}
+
+void PclXlAnalyzer::walkStream(BodyReader& reader)
+{
+    BodyReader* const outer = std::exchange(m_reader, &reader);
+    const bool isBigEndian = m_isBigEndian;
+    ++m_depth;
+    m_attributes.clear();
+    if (readHeader()) {
+        while (!reader.atEnd() && step()) {
+        }
+    }
+    --m_depth;
+    m_isBigEndian = isBigEndian;
+    m_reader = outer;
 }
 
 void PclXlAnalyzer::setColorSpace()

@@ -3,9 +3,10 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <set>
+#include <string>
 #include <vector>
 
+#include "worker/BodyFinder.h"
 #include "worker/PagePrinter.h"
 #include "worker/PclXlImage.h"
 
@@ -20,7 +21,7 @@ class PclXlAnalyzer
 {
 public:
     /// For the tolerance see classOfRgb. The reader outlives the analyzer.
-    PclXlAnalyzer(BodyReader& reader, int tolerance) : m_reader(reader), m_tolerance(tolerance) {}
+    PclXlAnalyzer(BodyReader& reader, int tolerance) : m_reader(&reader), m_tolerance(tolerance) {}
 
     /// Walks the body from the position of the reader. Throws WorkerException if it is no PCL XL.
     JobFacts analyze();
@@ -33,7 +34,7 @@ private:
         PageClass pen = PageClass::Mono;
     };
 
-    void readHeader();
+    bool readHeader();
     bool step();
     bool takeAttribute(std::uint8_t tag);
     std::int64_t readSize(int bytes);
@@ -41,6 +42,9 @@ private:
     void takeOperator(std::uint8_t code);
     void takePageOperator(std::uint8_t code);
     void takeStateOperator(std::uint8_t code);
+    void takeStreamOperator(std::uint8_t code);
+    void executeStream(const std::string& name);
+    void walkStream(BodyReader& reader);
     void takePaintOperator(std::uint8_t code);
     void takePictureOperator(std::uint8_t code);
     void beginPage();
@@ -54,7 +58,7 @@ private:
     bool hasTextInk() const;
     const PclXlValue* find(std::uint8_t attribute) const;
 
-    BodyReader& m_reader;
+    BodyReader* m_reader; ///< Of the body, or of the stream that is executed.
     int m_tolerance;
     bool m_isBigEndian = false;
     PagePrinter m_printer;
@@ -72,6 +76,11 @@ private:
     std::map<int, PageClass> m_patterns;
     PclXlAttributes m_blockAttributes; ///< Of the operator whose data comes next.
     bool m_awaitsBlock = false;
+    std::map<std::string, std::vector<Range>> m_streams; ///< What the job defined, as places in the file.
+    std::string m_streamName;
+    bool m_awaitsStream = false;
+    int m_depth = 0;             ///< Of streams that are executed.
+    std::int64_t m_executed = 0; ///< Bytes of them.
 };
 
 } // namespace JobParser::Worker

@@ -40,6 +40,26 @@ TEST(BodyReader, GivesByteByByteAcrossRanges)
     EXPECT_EQ(reader.peek(), -1);
 }
 
+TEST(BodyReader, TellsWhereStretchesStandInTheFile)
+{
+    OpenBody open("0123456789");
+    open.body.ranges = {{1, 3}, {6, 2}};
+    const BodyReader reader(open.file, open.body);
+    const auto places = [&](std::int64_t offset, std::int64_t size) {
+        std::string text;
+        for (const Range& range : reader.placesOf({offset, size}))
+            text += std::to_string(range.offset) + "+" + std::to_string(range.size) + " ";
+        return text;
+    };
+
+    EXPECT_EQ(places(0, 3), "1+3 ");
+    EXPECT_EQ(places(1, 3), "2+2 6+1 ");
+    EXPECT_EQ(places(4, 1), "7+1 ");
+    EXPECT_EQ(places(4, INT64_MAX), "7+1 ");
+    EXPECT_EQ(places(5, 1), "");
+    EXPECT_EQ(places(2, 0), "");
+}
+
 TEST(BodyReader, SeeksBackToAnEarlierRange)
 {
     OpenBody open("abcdef");

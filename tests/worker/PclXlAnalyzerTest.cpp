@@ -226,6 +226,61 @@ TEST(PclXlAnalyzer, TakesThePatternOfABrush)
     EXPECT_EQ(pages(job("\x00\x00\x00\x00"sv)), (Pages{0, 1, 0, 0}));
 }
 
+/// A stream of the name is defined, in two parts.
+PclXlBytes defining(std::string_view name, const std::string& stream)
+{
+    const std::size_t half = stream.size() / 2;
+    return PclXlBytes()
+        .bytes(139, name)
+        .op(0x5B)
+        .op(0x5C)
+        .data(stream.substr(0, half))
+        .op(0x5C)
+        .data(stream.substr(half))
+        .op(0x5D);
+}
+
+TEST(PclXlAnalyzer, PaintsAStreamWhereItIsExecuted)
+{
+    const std::string red = PclXlBytes().noPen().rgbBrush("\xFF\x00\x00"sv).rectangle().str();
+    const PclXlBytes unused = defining("logo", red).beginPage().rectangle().endPage();
+    const PclXlBytes used = defining("logo", red)
+                                .beginPage()
+                                .bytes(139, "logo")
+                                .op(0x5E)
+                                .endPage()
+                                .beginPage()
+                                .rectangle()
+                                .endPage();
+    const PclXlBytes removed =
+        defining("logo", red).bytes(139, "logo").op(0x5F).beginPage().bytes(139, "logo").op(0x5E).endPage();
+
+    EXPECT_EQ(pages(unused), (Pages{0, 1, 0, 0}));
+    EXPECT_EQ(pages(used), (Pages{0, 1, 0, 1}));
+    EXPECT_EQ(pages(removed), (Pages{1, 0, 0, 0}));
+}
+
+TEST(PclXlAnalyzer, GoesOnBehindAStreamThatMakesNoSense)
+{
+    for (const std::string& stream :
+         {std::string("neither"), std::string(") HP-PCL XL;2;0\n\x01"), std::string()}) {
+        const PclXlBytes job =
+            defining("x", stream).beginPage().bytes(139, "x").op(0x5E).rectangle().endPage();
+
+        EXPECT_EQ(pages(job), (Pages{0, 1, 0, 0}));
+    }
+}
+
+TEST(PclXlAnalyzer, EndsStreamsThatExecuteThemselves)
+{
+    std::string calls = ") HP-PCL XL;2;0\n";
+    for (int i = 0; i < 2000; ++i)
+        calls += "\xC8\xC0\x01x\xF8\x8B\x5E";
+    const PclXlBytes job = defining("x", calls).beginPage().bytes(139, "x").op(0x5E).rectangle().endPage();
+
+    EXPECT_EQ(pages(job), (Pages{0, 1, 0, 0}));
+}
+
 TEST(PclXlAnalyzer, StepsOverDataOfOtherOperators)
 {
     const PclXlBytes job = PclXlBytes().op(0x50).data("\x43\x44\x43\x44").beginPage().rectangle().endPage();
