@@ -422,6 +422,7 @@ def xl_picture(compression, data):
             + b"\xfa" + len(data).to_bytes(4, "little") + data + b"\xb2" + xl(0xC1, b"\x02\x00", 49) + b"\x44")
 
 
+NAME = xl(0xC8, b"\xc0\x01x", 139)
 WORKER_PCL = {
     "empty": b"",
     "text": b"\x1bE\x1b&l26a1o2Xtext\x0c\x1bE",
@@ -433,18 +434,33 @@ WORKER_PCL = {
     "inks": b"\x1b*g14W\x02\x02\x01\x2c\x01\x2c\x00\x04\x01\x2c\x01\x2c\x00\x02" + row(b"\x01"),
     "macros": b"\x1b&f1y0Xa\x1b&f2y3X\x1b&f1X\x1b&f2y0X\x1b&f1y2X\x1b&f1X\x1b&f2X\x1b&f4X\x0c",
     "hpgl": b"\x1b%0BIN;SP1;PU0,0;PD9,9;PE:\xc3<=\xc0\xc0;LBx\x03;PM0;PM2;FP;\x1b%0A",
+    "macros_deleted": b"\x1b&f1y0Xa\x1b&f1x10X\x1b&f2y0Xb\x1b&f1X\x1bE\x1b&f1y3X\x1b&f2y8X\x1b&f2X\x1b&f7X\x1b&f6X",
     "palettes": b"\x1b*p0P\x1b*r3U\x1b*v1S\x1b*p1Pa",
     "xl_page": xl(0xC0, b"\x02", 37) + b"\x43" + xl(0xC8, b"\xc0\x03\xff\x00\x00", 11) + b"\x63\xa0\x44",
     "xl_plain": xl_picture(0, b"\xff\x00\x00" * 5),
     "xl_run_length": xl_picture(1, b"\xf1\xff\x02abc"),
     "xl_jpeg": xl_picture(2, b"\xff\xd8\xff\xe0"),
     "xl_delta_row": xl_picture(3, b"\x04\x00\x40\xff\xff\xff\x02\x00\x01\x00"),
+    "xl_stream": NAME + b"\x5b\x5c\xfb\x14) HP-PCL XL;2;0\n" + b"\xa0\xc8\xc0\x01" + b"\x5c\xfb\x04x\xf8\x8b\x5e\x5d"
+    + xl(0xC0, b"\x02", 37) + b"\x43" + NAME + b"\x5e\x44" + NAME + b"\x5f",
     "xl_long_array": b"\xc8\xc2\xff\xff\xff\x7fabc",
+}
+
+
+BODIES = {
+    "empty": b"",
+    "bare": b"\x1bEtext\x0c",
+    "two": pjl(b"ENTER LANGUAGE=PCL") + b"text\x0c" + pjl(b"ENTER LANGUAGE=PDF") + b"%PDF-1.4 \x1b" + UEL,
+    "filler": UEL + b"\r\n\x00\x04" + pjl(b"SET COPIES=3"),
+    "block": pjl(b"ENTER LANGUAGE=POSTSCRIPT") + b"%!PS\n!R! COPY 2; EXIT;\nshowpage\n" + UEL,
+    "guessed_block": b"\x1bEtext!R! UNIT C; PAGE; EXIT;more\x0c",
+    "xl": pjl(b"ENTER LANGUAGE=PCLXL") + b") HP-PCL XL;2;0\n!R!\xc0\x02\xf8\x25\x43\x44" + UEL,
 }
 
 
 def main():
     for target, seeds in {
+        "BodyFinderFuzz": BODIES,
         "JobFuzz": JOBS,
         "JsonFuzz": JSON,
         "MetadataFuzz": METADATA,
