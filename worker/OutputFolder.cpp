@@ -3,7 +3,12 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
+#include <fcntl.h>
 #include <filesystem>
+#include <string_view>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 #include <vector>
@@ -17,6 +22,33 @@ namespace JobParser::Worker
 namespace
 {
 
+constexpr const char* prefix = ".zemjob-";
+constexpr const char* placeholder = "XXXXXX"; // As many characters as mkdtemp replaces.
+// A folder that was just made may not be locked yet.
+constexpr std::time_t longestWithoutLock = 60;
+
+std::string folderOf(const std::string& outPath)
+{
+    return outPath.substr(0, outPath.rfind('/') + 1);
+}
+
+/// The folder, locked; not open if somebody else has it.
+Descriptor lock(const std::string& path)
+{
+    Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (folder.isOpen() && ::flock(folder.get(), LOCK_EX | LOCK_NB) != 0)
+        folder.close();
+    return folder;
+}
+
+bool isOld(const Descriptor& folder)
+{
+    struct stat facts {
+    };
+    return ::fstat(folder.get(), &facts) == 0 && facts.st_uid == ::geteuid() &&
+           facts.st_mtime < std::time(nullptr) - longestWithoutLock;
+}
+
 [[noreturn]] void fail(const std::string& path, int error)
 {
     throw WorkerException(ErrorCode::NoFile,
@@ -25,14 +57,14 @@ namespace
 
 } // namespace
 
-OutputFolder::OutputFolder(const std::string& outPath)
-    : m_path(outPath.substr(0, outPath.rfind('/') + 1) + ".zemjob-XXXXXX")
+OutputFolder::OutputFolder(const std::string& outPath) : m_path(folderOf(outPath) + prefix + placeholder)
 {
     if (::mkdtemp(m_path.data()) == nullptr) {
         const int error = errno;
         m_path.clear();
         fail(outPath, error);
     }
+    m_lock = lock(m_path);
     m_path += '/';
 }
 
@@ -59,6 +91,23 @@ void OutputFolder::publish(const std::string& outPath, int count) const
             fail(target, error);
         }
         published.push_back(target);
+    }
+}
+
+void removeRemains(const std::string& outPath)
+{
+    const std::string folder = folderOf(outPath);
+    const std::size_t length = std::string_view(prefix).size() + std::string_view(placeholder).size();
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder.empty() ? "." : folder, error), end;
+         !error && entry != end; entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        if (name.size() != length || !name.starts_with(prefix))
+            continue;
+        const Descriptor remains = lock(entry->path().string());
+        std::error_code ignored;
+        if (remains.isOpen() && isOld(remains))
+            std::filesystem::remove_all(entry->path(), ignored);
     }
 }
 

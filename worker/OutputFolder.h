@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "worker/Descriptor.h"
+
 namespace JobParser::Worker
 {
 
@@ -29,7 +31,11 @@ public:
 
 private:
     std::string m_path;
+    Descriptor m_lock; ///< Tells others that the folder is in use.
 };
+
+/// Removes folders beside `outPath` that workers left behind which were killed.
+void removeRemains(const std::string& outPath);
 
 /// The path with `-NUMBER` in front of its suffix.
 std::string numberedPath(const std::string& path, int number);

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
-#include <spawn.h>
 #include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,6 +11,7 @@
 #include "worker/Descriptor.h"
 #include "worker/DocumentAnalyzer.h"
 #include "worker/Ghostscript.h"
+#include "worker/ParentDeath.h"
 #include "worker/WorkerException.h"
 
 namespace JobParser::Worker
@@ -36,7 +36,7 @@ std::string findProgram(std::string_view name)
     return {};
 }
 
-/// Runs a program to its end. False if it failed.
+/// Runs a program to its end, or to that of this process. False if it failed.
 bool runProgram(const std::string& program, std::vector<std::string> arguments)
 {
     arguments.insert(arguments.begin(), program);
@@ -44,9 +44,15 @@ bool runProgram(const std::string& program, std::vector<std::string> arguments)
     for (std::string& argument : arguments)
         pointers.push_back(argument.data());
     pointers.push_back(nullptr);
-    pid_t process = 0;
-    if (::posix_spawn(&process, program.c_str(), nullptr, nullptr, pointers.data(), ::environ) != 0)
+    const pid_t self = ::getpid();
+    const pid_t process = ::fork();
+    if (process < 0)
         return false;
+    if (process == 0) {
+        endWithParent(self);
+        ::execv(program.c_str(), pointers.data());
+        ::_exit(EXIT_FAILURE);
+    }
     int status = 0;
     while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
     }

@@ -70,6 +70,11 @@ std::string Service::parse(const ParseRequest& request, const std::string& text)
 
 std::string Service::convert(const ConvertRequest& request, const std::string& text)
 {
+    const std::string beside = request.outPath.substr(0, request.outPath.rfind('/') + 1);
+    if (m_tidied != beside) {
+        removeRemains(request.outPath);
+        m_tidied = beside;
+    }
     // The child is killed without a chance to tidy up, so that this process makes and removes its files.
     const OutputFolder folder(request.outPath);
     const std::string count = m_sandbox.run(text + separator + folder.path());

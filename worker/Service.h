@@ -52,6 +52,7 @@ private:
     bool m_isWarm = false;
     std::unique_ptr<ServiceProcess> m_postScript;
     Sandbox m_sandbox;
+    std::optional<std::string> m_tidied; ///< The folder of output where remains were looked for last.
 };
 
 } // namespace JobParser::Worker

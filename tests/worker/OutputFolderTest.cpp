@@ -1,5 +1,6 @@
 #include "worker/OutputFolder.h"
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -47,6 +48,56 @@ TEST(OutputFolder, LeavesNothingOfAFailure)
     }
 
     EXPECT_TRUE(std::filesystem::is_empty(directory.path("")));
+}
+
+/// A folder as a killed worker leaves it, which nobody has touched for so many seconds.
+void leaveRemains(const std::string& path, int seconds)
+{
+    std::filesystem::create_directory(path);
+    write(path + "/output-1");
+    std::filesystem::last_write_time(path, std::filesystem::file_time_type::clock::now() -
+                                               std::chrono::seconds(seconds));
+}
+
+TEST(OutputFolder, RemovesWhatKilledWorkersLeft)
+{
+    const Torv::Test::TemporaryDirectory directory;
+    const std::string path = directory.path("a.pdf");
+    leaveRemains(directory.path(".zemjob-killed"), 100);
+    leaveRemains(directory.path(".zemjob-justny"), 0);
+    leaveRemains(directory.path(".zemjob-others-"), 100);
+    leaveRemains(directory.path("zemjob-another"), 100);
+    std::filesystem::create_directory_symlink(directory.path("zemjob-another"),
+                                              directory.path(".zemjob-a_link"));
+
+    removeRemains(path);
+
+    EXPECT_FALSE(std::filesystem::exists(directory.path(".zemjob-killed")));
+    EXPECT_TRUE(std::filesystem::exists(directory.path(".zemjob-justny/output-1")));
+    EXPECT_TRUE(std::filesystem::exists(directory.path(".zemjob-others-/output-1")));
+    EXPECT_TRUE(std::filesystem::exists(directory.path("zemjob-another/output-1")));
+    EXPECT_TRUE(std::filesystem::exists(directory.path(".zemjob-a_link/output-1")));
+}
+
+TEST(OutputFolder, LeavesAloneWhatIsInUse)
+{
+    const Torv::Test::TemporaryDirectory directory;
+    const std::string path = directory.path("a.pdf");
+    const OutputFolder folder(path);
+    write(folder.path() + "output");
+    std::filesystem::last_write_time(folder.path(), std::filesystem::file_time_type::clock::now() -
+                                                        std::chrono::seconds(100));
+
+    removeRemains(path);
+
+    EXPECT_TRUE(std::filesystem::exists(folder.path() + "output"));
+}
+
+TEST(OutputFolder, FindsNoRemainsWhereThereIsNoFolder)
+{
+    const Torv::Test::TemporaryDirectory directory;
+
+    EXPECT_NO_THROW(removeRemains(directory.path("none/a.pdf")));
 }
 
 TEST(OutputFolder, RefusesAPathWithoutItsFolder)

@@ -7,6 +7,7 @@ import pathlib
 import re
 import subprocess
 import tempfile
+import time
 import unittest
 
 WORKER = os.environ["JOBPARSER_WORKER"]
@@ -100,6 +101,46 @@ class WorkerTest(unittest.TestCase):
     def test_engines_print_nothing_into_the_answers(self):
         path = self.job(b"%!PS\n(noise\\n) print flush 0 0 9 9 rectfill showpage\n")
         self.assertEqual(self.replies(self.parse(path, 2))[0]["monoCount"], 1)
+
+    def test_a_worker_that_is_killed_leaves_nothing_for_long(self):
+        renderer = self.folder / "gpcl6"
+        renderer.write_text(f"#!/bin/sh\necho $$ >{self.folder}/pid.new\nmv {self.folder}/pid.new {self.folder}/pid\n"
+                            "exec sleep 600\n")
+        renderer.chmod(0o755)
+        environment = dict(os.environ, PATH=f"{self.folder}:{os.environ['PATH']}")
+        out = self.folder / "out"
+        out.mkdir()
+        params = {"jobPath": self.job(PCL), "outPath": str(out / "a.pdf"), "conversionFormat": 0}
+        request = json.dumps({"command": "convert", "params": params}).encode() + b"\n"
+        process = subprocess.Popen([WORKER], stdin=subprocess.PIPE, stdout=subprocess.PIPE, env=environment)
+        process.stdin.write(request)
+        process.stdin.flush()
+        self.wait_for((self.folder / "pid").exists)
+        process.kill()
+        process.communicate()
+        program = int((self.folder / "pid").read_text())
+
+        self.wait_for(lambda: not self.runs(program))
+        remains = list(out.iterdir())
+        self.assertEqual(len(remains), 1)
+        os.utime(remains[0], (0, 0))
+        renderer.unlink()
+        self.talk(request)
+
+        self.assertEqual(list(out.iterdir()), [])
+
+    def wait_for(self, condition):
+        end = time.monotonic() + 60
+        while not condition():
+            self.assertLess(time.monotonic(), end)
+            time.sleep(0.01)
+
+    @staticmethod
+    def runs(number):
+        try:
+            return ") Z " not in pathlib.Path(f"/proc/{number}/stat").read_text()
+        except OSError:
+            return False
 
     def test_leaves_no_process_behind(self):
         path = self.job(b"%!PS\nshowpage\n")
