@@ -55,16 +55,15 @@ void sortGlyphNames(FT_Face face)
 
 } // namespace JobParser::Worker
 
-// The names are those that the linker gives; it also looks for them on behalf of the libraries that are
-// loaded.
-extern "C" FT_UInt __real_FT_Get_Name_Index(FT_Face face, const FT_String* name);
-extern "C" [[gnu::visibility("default")]] FT_UInt __wrap_FT_Get_Name_Index(FT_Face face,
-                                                                           const FT_String* name);
+// The linker gives these names; it also looks for the second one on behalf of the libraries that are loaded.
+extern "C" FT_UInt indexByFreeType(FT_Face face, const FT_String* name) __asm__("__real_FT_Get_Name_Index");
+extern "C" [[gnu::visibility("default")]] FT_UInt
+indexByTable(FT_Face face, const FT_String* name) __asm__("__wrap_FT_Get_Name_Index");
 
-FT_UInt __wrap_FT_Get_Name_Index(FT_Face face, const FT_String* name)
+FT_UInt indexByTable(FT_Face face, const FT_String* name)
 {
     using namespace JobParser::Worker;
     if (face == nullptr || name == nullptr || face->generic.finalizer != dropTable)
-        return __real_FT_Get_Name_Index(face, name);
+        return indexByFreeType(face, name);
     return find(*static_cast<const Table*>(face->generic.data), name);
 }

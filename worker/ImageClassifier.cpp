@@ -48,8 +48,9 @@ float decoded(const fz_image* image, int component, unsigned value, bool isLab)
     const float part = static_cast<float>(value) / static_cast<float>((1U << image->bpc) - 1U);
     auto [least, most] = usualRange(component, isLab);
     if (image->use_decode) {
-        least = image->decode[component * 2];
-        most = image->decode[component * 2 + 1];
+        const float* decode = image->decode + std::ptrdiff_t{component} * 2;
+        least = decode[0];
+        most = decode[1];
     }
     return least + part * (most - least);
 }
@@ -194,7 +195,7 @@ PageClass ImageClassifier::classOfEntry(const fz_image* image, unsigned value) c
     float components[FZ_MAX_COLORS] = {};
     for (int i = 0; i < n; ++i) {
         const auto [least, most] = usualRange(i, isLab);
-        components[i] = least + palette.lookup[entry * n + i] * (most - least) / 255;
+        components[i] = least + static_cast<float>(palette.lookup[entry * n + i]) * (most - least) / 255;
     }
     return classOfColor(m_context, palette.base, components, m_tolerance);
 }
