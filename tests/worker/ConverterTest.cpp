@@ -7,6 +7,7 @@
 #include "tests/support/JobBytes.h"
 #include "tests/worker/InChild.h"
 #include "tests/worker/PdfBytes.h"
+#include "tests/worker/XpsBytes.h"
 #include "worker/FitzContext.h"
 #include "worker/WorkerException.h"
 
@@ -159,6 +160,23 @@ TEST_F(ConverterTest, ReadsAllBodiesAndDocumentsBehindJunk)
 
     EXPECT_EQ(convert(job.str(), ConversionFormat::Png), 3);
     EXPECT_EQ(convert("junk\n" + document, ConversionFormat::Png), 2);
+}
+
+TEST_F(ConverterTest, ReadsXps)
+{
+    const std::string xps = xpsOf({"<Path Fill=\"#FF0000\" Data=\"M 0,0 L 480,0 480,960 0,960 Z\"/>", ""});
+
+    EXPECT_EQ(convert(xps, ConversionFormat::Png), 2);
+    EXPECT_EQ(pixel(directory.path("output-1"), 100, 100), "FF0000");
+    EXPECT_EQ(pixel(directory.path("output-2"), 100, 100), "FFFFFF");
+
+    EXPECT_EQ(convert(xps, ConversionFormat::Pdf), 0);
+    EXPECT_TRUE(output().starts_with("%PDF-"));
+    EXPECT_EQ(convert(output(), ConversionFormat::Png), 2);
+    EXPECT_EQ(pixel(directory.path("output-1"), 100, 100), "FF0000");
+
+    EXPECT_EQ(convert(xps, ConversionFormat::Text), 0);
+    EXPECT_EQ(output(), "\f");
 }
 
 TEST_F(ConverterTest, FindsNothingToConvertInOtherLanguages)

@@ -4,6 +4,7 @@
 
 #include "tests/worker/PdfBytes.h"
 #include "tests/worker/WalkerSupport.h"
+#include "tests/worker/XpsBytes.h"
 #include "worker/WorkerException.h"
 
 namespace JobParser::Worker
@@ -11,11 +12,11 @@ namespace JobParser::Worker
 namespace
 {
 
-JobFacts analyze(const std::string& bytes, int tolerance = 0)
+JobFacts analyze(const std::string& bytes, int tolerance = 0, Pdl pdl = Pdl::Pdf)
 {
     const FitzContext context;
     OpenBody open(bytes);
-    return DocumentAnalyzer(context.get(), tolerance).analyze(*open.reader, Pdl::Pdf);
+    return DocumentAnalyzer(context.get(), tolerance).analyze(*open.reader, pdl);
 }
 
 /// The only page of a document.
@@ -146,6 +147,20 @@ TEST(DocumentAnalyzer, CountsPagesByClass)
     EXPECT_EQ(pagesOf(facts), (Pages{1, 1, 1, 1}));
     EXPECT_EQ(facts.size().width, 706);
     EXPECT_EQ(facts.size().height, 1058);
+}
+
+TEST(DocumentAnalyzer, CountsPagesOfXps)
+{
+    const std::string document = xpsOf({"", "<Path Fill=\"#000000\" Data=\"M 0,0 L 9,0 9,9 Z\"/>",
+                                        "<Path Fill=\"#808080\" Data=\"M 0,0 L 9,0 9,9 Z\"/>",
+                                        "<Path Fill=\"#FF0000\" Data=\"M 0,0 L 9,0 9,9 Z\"/>",
+                                        "<Path Fill=\"#FF0000\" Data=\"M 900,0 L 909,0 909,9 Z\"/>"});
+
+    const JobFacts facts = analyze(document, 0, Pdl::Xps);
+
+    EXPECT_EQ(pagesOf(facts), (Pages{2, 1, 1, 1}));
+    EXPECT_EQ(facts.size().width, 1270);
+    EXPECT_EQ(facts.size().height, 2540);
 }
 
 TEST(DocumentAnalyzer, TakesWhatDiffersWithinTheToleranceForGray)
