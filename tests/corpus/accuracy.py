@@ -131,7 +131,7 @@ def row_of(job, expected, facts, wrong):
 def failure(tool, path):
     """Why the walk takes a job for malformed, in its own words."""
     said = subprocess.run([tool, "check", str(path)], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, check=False)
-    found = re.search(r"error=(.*)", said.stderr.decode(errors="replace"))
+    found = re.search(r"error=([^|\n]*)", said.stderr.decode(errors="replace"))
     return found[1].strip() if found else "for no reason that it tells"
 
 
