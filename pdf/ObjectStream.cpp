@@ -113,16 +113,17 @@ bool ObjectStream::inflateStep()
 
 void ObjectStream::giveInput()
 {
-    if (m_given == m_compressed.size())
+    if (m_given == m_filled)
         fillInput();
     constexpr std::size_t most = std::numeric_limits<uInt>::max();
-    const std::size_t count = std::min(most, m_compressed.size() - m_given);
+    const std::size_t count = std::min(most, m_filled - m_given);
     m_inflater.next_in = reinterpret_cast<Bytef*>(m_compressed.data()) + m_given;
     m_inflater.avail_in = static_cast<uInt>(count);
     m_given += count;
 }
 
-// Where the count of bytes was wrong, the inflater asks for more and is given all of them from the start.
+// Where the count of bytes was wrong, the inflater asks for more and is given all of them from the start. If the
+// file ends here it gets nothing, however often a value that was cut off by that lets it ask again.
 void ObjectStream::fillInput()
 {
     if (m_compressedSize) {
@@ -131,6 +132,7 @@ void ObjectStream::fillInput()
         m_compressed.clear();
         m_lexer.readLine(m_compressed);
     }
+    m_filled = m_compressed.size();
     m_given = 0;
 }
 

@@ -53,7 +53,8 @@ private:
     Lexer& m_lexer;
     const std::optional<std::uint64_t> m_compressedSize;
     std::string m_compressed;
-    std::size_t m_given = 0; // Of the compressed bytes, to the inflater.
+    std::size_t m_filled = 0; // Compressed bytes that were read to the end.
+    std::size_t m_given = 0;  // Of them, to the inflater.
     std::array<Bytef, outputSize> m_output{};
     z_stream m_inflater{};
     const Bytef* m_outputCursor;

@@ -201,11 +201,12 @@ TEST(ObjectStreams, AreNotRepairedWhereTheirLengthIsWrong)
 }
 
 // The inflater asks for more than the length gives, and gets it, with the first bytes once more.
-TEST(ObjectStreams, ReadOnToTheEndOfTheFileIfTheirLengthIsFarTooShort)
+TEST(ObjectStreams, AreFedFromTheirStartAgainIfTheirLengthIsFarTooShort)
 {
     const std::string data = PdfBytes::deflate("11 0 [1]");
 
-    EXPECT_EQ(embeddedBy(withLength("1", data)).substr(0, 6), "threw:");
+    EXPECT_EQ(embeddedBy(withLength("1", data)),
+              "threw: Decompressing stream error | code=-3 | message=incorrect header check");
 }
 
 TEST(ObjectStreams, WithoutALengthAreFedLineByLine)
@@ -227,6 +228,17 @@ std::string stored(const std::string& data)
               data.size(), 0);
     packed.resize(size);
     return packed;
+}
+
+TEST(ObjectStreams, EndWithTheFileAlsoBehindAValueThatWasCutOffThere)
+{
+    const std::string cut = "11 0 12 20 " + std::string(69, ' ') + "<</A 5 0 R/BCD";
+    const std::string data = stored(cut + "EF 6 0 R>> [2] ");
+    const std::string size = std::to_string(7 + cut.size());
+    const std::string head = "<</Type/ObjStm/N 2/First 80/Filter/FlateDecode/Length ";
+
+    EXPECT_EQ(embeddedBy(PdfBytes().stream(1, head + size + ">>", data)), "threw: ");
+    EXPECT_EQ(embeddedBy(PdfBytes().raw("1 0 obj" + head + "5 0 R>>stream\n" + data.substr(0, 95))), "threw: ");
 }
 
 TEST(ObjectStreams, WithoutALengthStopAtTheLineEndBehindTheLastObject)
