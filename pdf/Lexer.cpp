@@ -91,6 +91,15 @@ void Lexer::pass(std::uint64_t count)
     m_readBefore += count;
 }
 
+// Passes over bytes of the window. The last of them is `current`, where the source may end behind it.
+void Lexer::passTo(const std::uint8_t* end)
+{
+    if (end == m_at)
+        return;
+    current = end[-1];
+    m_at = end;
+}
+
 bool Lexer::skipWhiteSpace()
 {
     do {
@@ -107,10 +116,7 @@ bool Lexer::skipComment()
 {
     for (;;) {
         const std::uint8_t* const lineEnd = std::find_if(m_at, m_end, isLineEnd);
-        if (lineEnd != m_at) {
-            current = lineEnd[-1];
-            m_at = lineEnd;
-        }
+        passTo(lineEnd);
         if (!tryNext())
             return false;
         if (isLineEnd(current))
@@ -231,7 +237,7 @@ void Lexer::readBytes(std::string& bytes, std::uint64_t count)
         bytes += static_cast<char>(current);
         const std::uint64_t more = std::min(count - 1, static_cast<std::uint64_t>(m_end - m_at));
         bytes.append(m_at, m_at + more);
-        m_at += more;
+        passTo(m_at + more);
         count -= more + 1;
         next();
     }
@@ -243,7 +249,7 @@ void Lexer::readLine(std::string& bytes)
         bytes += static_cast<char>(current);
         const std::uint8_t* const lineEnd = std::find(m_at, m_end, '\n');
         bytes.append(m_at, lineEnd);
-        m_at = lineEnd;
+        passTo(lineEnd);
         next();
     } while (current != '\n');
 }

@@ -84,6 +84,7 @@ private:
     bool tryNextFromSource();
     bool adoptWindow();
     bool nextOrZero();
+    void passTo(const std::uint8_t* end);
     bool skipWhiteSpace();
     bool skipComment();
     bool scanValue(ValueTape& tape);

@@ -122,8 +122,8 @@ void ObjectStream::giveInput()
     m_given += count;
 }
 
-// Where the count of bytes was wrong, the inflater asks for more and is given all of them from the start. If the
-// file ends here it gets nothing, however often a value that was cut off by that lets it ask again.
+// Where the count of bytes was wrong, the inflater asks for more and is given all of them from the start. If
+// the file ends here it gets nothing, however often a value that was cut off by that lets it ask again.
 void ObjectStream::fillInput()
 {
     if (m_compressedSize) {

@@ -238,7 +238,20 @@ TEST(ObjectStreams, EndWithTheFileAlsoBehindAValueThatWasCutOffThere)
     const std::string head = "<</Type/ObjStm/N 2/First 80/Filter/FlateDecode/Length ";
 
     EXPECT_EQ(embeddedBy(PdfBytes().stream(1, head + size + ">>", data)), "threw: ");
-    EXPECT_EQ(embeddedBy(PdfBytes().raw("1 0 obj" + head + "5 0 R>>stream\n" + data.substr(0, 95))), "threw: ");
+    EXPECT_EQ(embeddedBy(PdfBytes().raw("1 0 obj" + head + "5 0 R>>stream\n" + data.substr(0, 95))),
+              "threw: ");
+}
+
+// A value that ends with the inflated data asks for what follows, and the stream reads to the end of the
+// file.
+TEST(ObjectStreams, LeaveTheLastByteOfTheFileWhereTheyReadToItsEnd)
+{
+    const std::string text = "11 0" + std::string(76, ' ') + "[1]";
+    const std::string head = "<</Type/ObjStm/N 1/First 80/Filter/FlateDecode/Length 90>>";
+
+    EXPECT_EQ(embeddedBy(PdfBytes().raw("1 0 obj" + head + "stream\n" + stored(text).substr(0, 90) +
+                                        "endstream endobj ")),
+              "threw: endstream expected at 0xc7!");
 }
 
 TEST(ObjectStreams, WithoutALengthStopAtTheLineEndBehindTheLastObject)
