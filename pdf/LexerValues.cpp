@@ -292,7 +292,8 @@ Lexer::Step Lexer::takeEndOfArray(ValueTape& tape)
 
 Lexer::Step Lexer::takeKey(ValueTape& tape)
 {
-    if (!ws() || current != '/')
+    ws();
+    if (current != '/')
         return Step::EndDictionary;
     next();
     const std::size_t start = tape.bytes().size();

@@ -180,6 +180,7 @@ INSTANTIATE_TEST_SUITE_P(
         ValueRow{"AtTheEnd", "<</A 1>>", "<</A 1>> | NUL 7"},
         ValueRow{"OpeningAtTheEnd", "<<", "<<>> | NUL 1"},
         ValueRow{"CutInAKey", "<</A 1/B", "<</A 1>> | NUL 7"},
+        ValueRow{"CutInACommentBehindASolidus", "<</A 1%/", "<</A 1>> | NUL 7"},
         ValueRow{"CutInTheClosing", "<</A 1>", "<</A 1>> | NUL 6"},
         ValueRow{"CutInAValue", "<</A (b", "threw: Dictionary closing '>>' expected at 0x6! | NUL 6"},
         ValueRow{"CutBehindAValue", "<</A 1 ", "threw: Dictionary closing '>>' expected at 0x6! |   6"},
