@@ -34,16 +34,21 @@ std::optional<std::uint64_t> compressedSize(const Value& length)
     return static_cast<std::uint64_t>(toSigned64(*number));
 }
 
+std::uint32_t readEntry(Lexer& lexer)
+{
+    if (!lexer.ws())
+        throw ISource::EofException();
+    return lexer.readInteger();
+}
+
 // In the order in which the objects lie in the stream, so that one pass meets them all. Of two at one place
 // the later one in the table counts.
 std::vector<Place> readTable(Lexer& lexer, std::int32_t count)
 {
     std::vector<Place> table;
     for (std::int32_t index = 0; index < count; ++index) {
-        lexer.ws();
-        const std::uint32_t number = lexer.readInteger();
-        lexer.ws();
-        table.push_back({lexer.readInteger(), number});
+        const std::uint32_t number = readEntry(lexer);
+        table.push_back({readEntry(lexer), number});
     }
     std::ranges::stable_sort(table, {}, &Place::offset);
     const auto isReplaced = [](const Place& a, const Place& b) { return a.offset == b.offset; };

@@ -150,6 +150,8 @@ TEST(ObjectStreams, NeedWholeNumbersInTheirTable)
     EXPECT_EQ(embeddedBy(objects(2, 5, "11 0 [1]")), "threw: Integer expected at 0x5!");
     EXPECT_EQ(embeddedBy(objects(2, 5, "11 0 12 3")), "threw: ");
     EXPECT_EQ(embeddedBy(objects(2, 5, "11")), "threw: ");
+    for (const char* table : {"11 ", "11 0 ", "11 0 12\n", "11 0 %1"})
+        EXPECT_EQ(embeddedBy(objects(2, 5, table)), "threw: ") << table;
 }
 
 TEST(ObjectStreams, EndBeforeAnObjectBeyondTheirData)
