@@ -49,6 +49,7 @@ template <typename Work> auto Parser::synced(Work work)
             return result;
         }
     } catch (...) {
+        m_keeper.clear();
         m_lexer->sync();
         throw;
     }
@@ -112,6 +113,7 @@ std::uint64_t Parser::position() const
 template <> void Parser::parseValue<void>()
 {
     synced([this] { readFile(); });
+    m_keeper.finish();
 }
 
 template <> unsigned int Parser::parseValue<unsigned int>()
@@ -140,12 +142,15 @@ template <> Value Parser::parseValue<Value>()
 
 template <> Object Parser::parseValue<Object>()
 {
-    return synced([this] { return readObject(Purpose::Everything); });
+    auto object = synced([this] { return readObject(Purpose::Everything); });
+    m_keeper.finish();
+    return object;
 }
 
 void Parser::parseObjectStream(Object& object)
 {
     synced([this, &object] { readObjectStream(object); });
+    m_keeper.finish();
 }
 
 Value Parser::readValue()

@@ -10,6 +10,7 @@
 #include "JobParser/Export.h"
 #include "pdf/ISource.h"
 #include "pdf/Object.h"
+#include "pdf/ObjectKeeper.h"
 #include "pdf/PdfParserException.h"
 #include "pdf/Reference.h"
 #include "pdf/Value.h"
@@ -110,7 +111,6 @@ private:
     void readObjectStream(Object& object);
 
     void keep(std::int64_t offset, Object&& object);
-    void put(std::map<Reference, Object>& objects, Object&& object);
     void chooseTrailer(bool walkPages);
     void prepareTrailerForUpdate();
     Reference findPageTree() const;
@@ -118,7 +118,7 @@ private:
 
     std::unique_ptr<Lexer> m_lexer;
     std::unique_ptr<ValueTape> m_tape;
-    bool m_hasGenerations = false;
+    ObjectKeeper m_keeper;
 };
 
 template <> JOBPARSER_EXPORT void Parser::parseValue<void>();

@@ -33,6 +33,7 @@ std::shared_ptr<DocumentInfo> Parser::parse(bool walkPages)
 void Parser::processObject(const unsigned long long& offset, const Object& object)
 {
     keep(static_cast<std::int64_t>(offset), Object(object));
+    m_keeper.finish();
 }
 
 void Parser::keep(std::int64_t offset, Object&& object)
@@ -44,25 +45,12 @@ void Parser::keep(std::int64_t offset, Object&& object)
         maxObjectNumber = reference.number;
     switch (destinationOf(object.value)) {
     case Destination::Dropped: break;
-    case Destination::Embeddable: put(document->embeddable, std::move(object)); break;
+    case Destination::Embeddable: m_keeper.put(document->embeddable, std::move(object)); break;
     case Destination::PageNodes: pageNodes[reference] = std::move(object.value); break;
-    case Destination::Pages: put(document->pages, std::move(object)); break;
+    case Destination::Pages: m_keeper.put(document->pages, std::move(object)); break;
     case Destination::Catalog: document->catalog = std::move(object); break;
     case Destination::Trailers: trailers[offset] = std::move(object.value); break;
     }
-}
-
-// Most objects stand in the order of their numbers. Where generations are about, the map's own search decides
-// what is replaced.
-void Parser::put(std::map<Reference, Object>& objects, Object&& object)
-{
-    const Reference reference = object.reference;
-    m_hasGenerations = m_hasGenerations || reference.generation != 0;
-    const bool isLast = objects.empty() || objects.rbegin()->first < reference;
-    if (isLast && !m_hasGenerations)
-        objects.emplace_hint(objects.end(), reference, std::move(object));
-    else
-        objects[reference] = std::move(object);
 }
 
 // The text of a summary has one trailer and points to none.

@@ -138,6 +138,7 @@ add_room_tests(PdfTests
     pdf/LexerTest.cpp
     pdf/NameTest.cpp
     pdf/NumbersTest.cpp
+    pdf/ObjectKeeperTest.cpp
     pdf/ObjectSortingTest.cpp
     pdf/ObjectStreamTest.cpp
     pdf/ObjectTest.cpp

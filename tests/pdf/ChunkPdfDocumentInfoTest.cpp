@@ -76,6 +76,15 @@ TEST(ChunkPdfDocumentInfo, IsTheSameWhenItIsReadBack)
         "1 0 obj\n<</Type/Catalog>>\nendobj\n7 0 obj\n[ 1]\nendobj\ntrailer<</A#20B 1>>startxref0\n");
 }
 
+TEST(ChunkPdfDocumentInfo, IsTheSameWithGenerationsInAnyOrder)
+{
+    const std::string info = "1 0 obj\n<</Type/Catalog>>\nendobj\n6 1 obj\n<</Type/Page>>\nendobj\n"
+                             "2 3 obj\n<</Type/Page>>\nendobj\n4 0 obj\n<</Type/Page>>\nendobj\n"
+                             "9 1 obj\n[]\nendobj\n3 0 obj\n[]\nendobj\ntrailer<<>>startxref0\n";
+
+    EXPECT_EQ(reloaded(info), info);
+}
+
 TEST(ChunkPdfDocumentInfo, IsReadBackWithoutASizeLimit)
 {
     std::string info = "1 0 obj\n<</Type/Catalog>>\nendobj\n";

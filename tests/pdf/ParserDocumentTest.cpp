@@ -219,6 +219,21 @@ INSTANTIATE_TEST_SUITE_P(
                     VariantRow{"ParentIsUnknown", document("/Pages 2 0 R", "/Kids[3 0 R]", "/Parent 9 0 R")}),
     [](const auto& row) { return row.param.name; });
 
+// A generation hides the object itself, and no other.
+TEST(ParsingDocuments, FindsPagesBehindObjectsWithGenerations)
+{
+    PdfBytes pdf;
+    pdf.raw("5 65535 obj<</Type/Page>>endobj ").object(1, "<</Type/Catalog/Pages 2 0 R>>");
+    pdf.object(2, "<</Type/Pages/Kids[3 0 R 4 0 R 5 0 R]>>").object(4, "<</Type/Page>>");
+    pdf.object(3, "<</Type/Page/Contents 7 0 R/Resources 8 0 R>>").object(5, "<</Type/Page>>");
+    pdf.raw("9 2 obj[]endobj ").object(8, "<</Font 1 0 R>>").object(7, "[6 0 R]");
+
+    EXPECT_EQ(pageOf(pdf.end("<</Root 1 0 R/Size 4>>")),
+              "3 0 obj\n<</Contents[ 6 0 R]/Resources<</Font 1 0 R/XObject<<>>>>/Type/Page>>\nendobj\n"
+              "4 0 obj\n<</Resources<</XObject<<>>>>/Type/Page>>\nendobj\n"
+              "5 0 obj\n<</Resources<</XObject<<>>>>/Type/Page>>\nendobj\n");
+}
+
 TEST(ParsingDocuments, ReadsASummaryWithoutChangingIt)
 {
     const std::string text =
