@@ -1,13 +1,12 @@
 #include "JobCheck.h"
 
-#include <algorithm>
 #include <memory>
 
 #include "FuzzSupport.h"
 #include "JobParser/Job.h"
 #include "JobParser/JobFile.h"
 #include "JobParser/Parser.h"
-#include "pdf/ChunkPdfDocumentInfo.h"
+#include "PdfSummaryCheck.h"
 
 #include "Torv/IO/StringStream.h"
 #include "Torv/Json/Json.h"
@@ -33,7 +32,7 @@ void checkParsed(const JobParser::JobParserResult& result, JobParser::JobFile& f
     require(static_cast<std::int64_t>(text.size()) == job.size(), "a job saves as many bytes as it says");
     require((result.parsed && form == SavedForm::Rewritten) || text == bytes,
             "what is not understood saves byte for byte");
-    if (holdsPdfSummary(job))
+    if (!hasReloadableSummaries(job))
         return;
     const JobParser::Job again(Torv::Json::parse(job.toJson()));
     require(saved(again, file) == text, "a job made from its metadata saves the same bytes");
@@ -48,14 +47,6 @@ void checkSaved(const JobParser::Job& job, JobParser::JobFile& file, const std::
     job.checkChunkSizes(file);
     if (bytes.find("@PJL") == std::string::npos)
         require(text == bytes, "a job without PJL saves byte for byte");
-}
-
-bool holdsPdfSummary(const JobParser::Job& job)
-{
-    const auto isSummary = [](const auto& chunk) {
-        return dynamic_cast<const JobParser::ChunkPdfDocumentInfo*>(chunk.get()) != nullptr;
-    };
-    return std::ranges::any_of(job.chunks, isSummary);
 }
 
 void parseAndCheck(const std::string& bytes, SavedForm form)

@@ -24,7 +24,4 @@ void parseAndCheck(const std::string& bytes, SavedForm form);
 /// Ends the process unless the job saves as many bytes as it says; byte for byte, if it has no PJL lines.
 void checkSaved(const JobParser::Job& job, JobParser::JobFile& file, const std::string& bytes);
 
-/// Whether a job holds the summary of a PDF. Not every one can be written, or comes back as it was.
-bool holdsPdfSummary(const JobParser::Job& job);
-
 } // namespace Fuzz

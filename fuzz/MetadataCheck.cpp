@@ -1,10 +1,10 @@
 #include "MetadataCheck.h"
 
 #include "FuzzSupport.h"
-#include "JobCheck.h"
 #include "JobParser/Job.h"
 #include "JobParser/JobFile.h"
 #include "JobParser/languages/ChunkPsComment.h"
+#include "PdfSummaryCheck.h"
 
 #include "Torv/GenericException.h"
 #include "Torv/IO/IStream.h"
@@ -89,7 +89,7 @@ void readMetadataAndCheck(std::string_view metadata, std::string_view jobBytes)
     JobParser::Job job;
     if (!survives([&] { job.fillFrom(Torv::Json::parse(std::string(metadata))); }))
         return;
-    const bool stored = holdsPdfSummary(job) || survives([&] { checkReload(job); });
+    const bool stored = !hasReloadableSummaries(job) || survives([&] { checkReload(job); });
     require(stored, "a job made from metadata can be stored again");
     // Only metadata can bring a payload behind an escape sequence of two bytes, for which a dump asserts.
     survives([&] { checkDump(job); });
