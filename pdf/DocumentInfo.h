@@ -1,11 +1,10 @@
 #pragma once
 
 #include <map>
-#include <unordered_map>
 
 #include "JobParser/Export.h"
 #include "pdf/Object.h"
-#include "pdf/Reference.h"
+#include "pdf/ReferenceMap.h"
 #include "pdf/Value.h"
 
 namespace Pdf::Parser
@@ -36,7 +35,7 @@ private:
     Reference lastOfChain(const Reference& first);
 
     // Where chains of references end that were followed before; they may be long, and many may use them.
-    std::unordered_map<Reference, Reference> m_endsOfChains;
+    ReferenceMap<Reference> m_endsOfChains;
 };
 
 } // namespace Pdf::Parser

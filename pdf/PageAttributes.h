@@ -7,6 +7,7 @@
 
 #include "pdf/DocumentInfo.h"
 #include "pdf/Object.h"
+#include "pdf/ReferenceMap.h"
 #include "pdf/Value.h"
 
 namespace Pdf::Parser
@@ -19,7 +20,7 @@ namespace Pdf::Parser
 class PageAttributes
 {
 public:
-    using Nodes = std::unordered_map<Reference, Value>;
+    using Nodes = ReferenceMap<Value>;
 
     PageAttributes(DocumentInfo& info, Nodes& nodes) : m_info(info), m_nodes(nodes) {}
 
@@ -44,7 +45,7 @@ private:
     DocumentInfo& m_info;
     Nodes& m_nodes;
     // What each node gives to its kids, null for nothing.
-    std::array<std::unordered_map<Reference, const Value*>, attributeCount> m_inherited;
+    std::array<ReferenceMap<const Value*>, attributeCount> m_inherited;
     // Resources that several use.
     std::unordered_map<const void*, Embedded> m_embedded;
 };

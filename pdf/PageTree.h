@@ -3,11 +3,10 @@
 #include <cstddef>
 #include <map>
 #include <span>
-#include <unordered_map>
 #include <vector>
 
 #include "pdf/Object.h"
-#include "pdf/Reference.h"
+#include "pdf/ReferenceMap.h"
 #include "pdf/Value.h"
 
 namespace Pdf::Parser
@@ -17,7 +16,7 @@ namespace Pdf::Parser
 class PageTree
 {
 public:
-    using Nodes = std::unordered_map<Reference, Value>;
+    using Nodes = ReferenceMap<Value>;
     using Pages = std::map<Reference, Object>;
 
     /// Pages that are found are taken out of `pages`.
@@ -47,7 +46,7 @@ private:
     Pages& m_pages;
     Pages m_reachable;
     std::vector<Level> m_levels;
-    std::unordered_map<Reference, State> m_states;
+    ReferenceMap<State> m_states;
 };
 
 } // namespace Pdf::Parser

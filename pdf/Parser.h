@@ -5,14 +5,13 @@
 #include <memory>
 #include <optional>
 #include <string_view>
-#include <unordered_map>
 
 #include "JobParser/Export.h"
 #include "pdf/ISource.h"
 #include "pdf/Object.h"
 #include "pdf/ObjectKeeper.h"
 #include "pdf/PdfParserException.h"
-#include "pdf/Reference.h"
+#include "pdf/ReferenceMap.h"
 #include "pdf/Value.h"
 
 namespace Pdf::Parser
@@ -82,9 +81,9 @@ public:
     std::shared_ptr<DocumentInfo> document; ///< What is read goes here; made by parse().
     ISource& source;
 
-    std::unordered_map<Reference, Value> pageNodes; ///< The inner nodes of the tree of pages.
-    std::map<std::int64_t, Value> trailers;         ///< By the offsets of their sections.
-    std::uint32_t startxref = 0;                    ///< The last one.
+    ReferenceMap<Value> pageNodes;          ///< The inner nodes of the tree of pages.
+    std::map<std::int64_t, Value> trailers; ///< By the offsets of their sections.
+    std::uint32_t startxref = 0;            ///< The last one.
     std::uint32_t maxObjectNumber = 0;
 
 private:

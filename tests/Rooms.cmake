@@ -148,6 +148,7 @@ add_room_tests(PdfTests
     pdf/ParserTest.cpp
     pdf/PdfModeTest.cpp
     pdf/PdfParserExceptionTest.cpp
+    pdf/ReferenceMapTest.cpp
     pdf/ReferenceTest.cpp
     pdf/RestrictedPdfNotAllowedExceptionTest.cpp
     pdf/StreamDecompressionExceptionTest.cpp
