@@ -7,6 +7,7 @@
 #include "pdf/DocumentInfo.h"
 #include "pdf/Lexer.h"
 #include "pdf/Numbers.h"
+#include "pdf/ObjectKeeper.h"
 #include "pdf/ObjectSorting.h"
 #include "pdf/ValueTape.h"
 
@@ -30,7 +31,8 @@ void addKey(Value& value, std::string_view key)
 } // namespace
 
 Parser::Parser(ISource& theSource)
-    : source(theSource), m_lexer(std::make_unique<Lexer>(theSource)), m_tape(std::make_unique<ValueTape>())
+    : source(theSource), m_lexer(std::make_unique<Lexer>(theSource)), m_tape(std::make_unique<ValueTape>()),
+      m_keeper(std::make_unique<ObjectKeeper>())
 {
 }
 
@@ -49,7 +51,7 @@ template <typename Work> auto Parser::synced(Work work)
             return result;
         }
     } catch (...) {
-        m_keeper.clear();
+        m_keeper->clear();
         m_lexer->sync();
         throw;
     }
@@ -113,7 +115,7 @@ std::uint64_t Parser::position() const
 template <> void Parser::parseValue<void>()
 {
     synced([this] { readFile(); });
-    m_keeper.finish();
+    m_keeper->finish();
 }
 
 template <> unsigned int Parser::parseValue<unsigned int>()
@@ -143,14 +145,14 @@ template <> Value Parser::parseValue<Value>()
 template <> Object Parser::parseValue<Object>()
 {
     auto object = synced([this] { return readObject(Purpose::Everything); });
-    m_keeper.finish();
+    m_keeper->finish();
     return object;
 }
 
 void Parser::parseObjectStream(Object& object)
 {
     synced([this, &object] { readObjectStream(object); });
-    m_keeper.finish();
+    m_keeper->finish();
 }
 
 Value Parser::readValue()

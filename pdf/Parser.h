@@ -9,7 +9,6 @@
 #include "JobParser/Export.h"
 #include "pdf/ISource.h"
 #include "pdf/Object.h"
-#include "pdf/ObjectKeeper.h"
 #include "pdf/PdfParserException.h"
 #include "pdf/ReferenceMap.h"
 #include "pdf/Value.h"
@@ -19,6 +18,7 @@ namespace Pdf::Parser
 
 class DocumentInfo;
 class Lexer;
+class ObjectKeeper;
 class ValueTape;
 struct ObjectFacts;
 
@@ -117,7 +117,7 @@ private:
 
     std::unique_ptr<Lexer> m_lexer;
     std::unique_ptr<ValueTape> m_tape;
-    ObjectKeeper m_keeper;
+    std::unique_ptr<ObjectKeeper> m_keeper;
 };
 
 template <> JOBPARSER_EXPORT void Parser::parseValue<void>();

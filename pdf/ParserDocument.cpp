@@ -7,6 +7,7 @@
 #include "pdf/DocumentInfo.h"
 #include "pdf/Lexer.h"
 #include "pdf/Numbers.h"
+#include "pdf/ObjectKeeper.h"
 #include "pdf/ObjectSorting.h"
 #include "pdf/PageAttributes.h"
 #include "pdf/PageTree.h"
@@ -33,7 +34,7 @@ std::shared_ptr<DocumentInfo> Parser::parse(bool walkPages)
 void Parser::processObject(const unsigned long long& offset, const Object& object)
 {
     keep(static_cast<std::int64_t>(offset), Object(object));
-    m_keeper.finish();
+    m_keeper->finish();
 }
 
 void Parser::keep(std::int64_t offset, Object&& object)
@@ -45,9 +46,9 @@ void Parser::keep(std::int64_t offset, Object&& object)
         maxObjectNumber = reference.number;
     switch (destinationOf(object.value)) {
     case Destination::Dropped: break;
-    case Destination::Embeddable: m_keeper.put(document->embeddable, std::move(object)); break;
+    case Destination::Embeddable: m_keeper->put(document->embeddable, std::move(object)); break;
     case Destination::PageNodes: pageNodes[reference] = std::move(object.value); break;
-    case Destination::Pages: m_keeper.put(document->pages, std::move(object)); break;
+    case Destination::Pages: m_keeper->put(document->pages, std::move(object)); break;
     case Destination::Catalog: document->catalog = std::move(object); break;
     case Destination::Trailers: trailers[offset] = std::move(object.value); break;
     }
