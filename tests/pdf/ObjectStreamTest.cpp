@@ -154,6 +154,12 @@ TEST(ObjectStreams, NeedWholeNumbersInTheirTable)
         EXPECT_EQ(embeddedBy(objects(2, 5, table)), "threw: ") << table;
 }
 
+TEST(ObjectStreams, TellOffsetsByWhatWasReadOfThem)
+{
+    EXPECT_EQ(embeddedBy(objects(1, 5, "11 0 [1 x]")), "threw: Array closing ']' expected at 0x8!");
+    EXPECT_EQ(embeddedBy(objects(1, 9, "11 0 ....[1 x]")), "threw: Array closing ']' expected at 0x8!");
+}
+
 TEST(ObjectStreams, EndBeforeAnObjectBeyondTheirData)
 {
     EXPECT_EQ(embeddedBy(objects(1, 5, "11 9 [1]")), "threw: ");
