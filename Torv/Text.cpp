@@ -25,7 +25,7 @@ std::uint8_t byteOf(char character)
 
 bool equalIgnoringCase(char a, char b)
 {
-    return Ascii::toLower(byteOf(a)) == Ascii::toLower(byteOf(b));
+    return a == b || Ascii::toLower(byteOf(a)) == Ascii::toLower(byteOf(b));
 }
 
 template <typename Convert> std::string mapped(std::string_view text, Convert convert)

@@ -4,6 +4,7 @@ add_room_tests(TorvTests
     Torv/AsciiTest.cpp
     Torv/AssertTest.cpp
     Torv/BytePairsTest.cpp
+    Torv/EightBytesTest.cpp
     Torv/EncodingTest.cpp
     Torv/FactoryTest.cpp
     Torv/FormatTest.cpp

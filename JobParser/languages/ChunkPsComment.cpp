@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <limits>
 
-#include "JobParser/model/SerializationContext.h"
-
 #include "Torv/IO/IStream.h"
 #include "Torv/Json/Json.h"
 #include "Torv/Log/ILog.h"
@@ -34,11 +32,16 @@ void ChunkPsComment::dump(Torv::Log::ILog& log)
 
 std::string ChunkPsComment::toJson(SerializationContext& context) const
 {
-    std::string dto = context.emptyText();
-    dto += R"({"comment":)";
-    Torv::Json::appendString(dto, comment);
-    dto += '}';
-    return dto;
+    std::string json;
+    appendJson(json, context);
+    return json;
+}
+
+void ChunkPsComment::appendJson(std::string& json, SerializationContext&) const
+{
+    json += R"({"comment":)";
+    Torv::Json::appendString(json, comment);
+    json += '}';
 }
 
 } // namespace JobParser

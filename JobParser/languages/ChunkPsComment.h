@@ -29,6 +29,8 @@ public:
     /// Logs the text without the white space around it.
     void dump(Torv::Log::ILog& log) override;
     std::string toJson(SerializationContext& context) const override;
+    /// Appends the same text; see Reflection.
+    void appendJson(std::string& json, SerializationContext& context) const;
     std::int64_t size() const override { return static_cast<std::int64_t>(comment.size()); }
 
     std::string comment;

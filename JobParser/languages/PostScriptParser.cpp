@@ -19,6 +19,7 @@
 #include "JobParser/model/ChunkRawData.h"
 
 #include "Torv/BytePairs.h"
+#include "Torv/EightBytes.h"
 #include "Torv/Text.h"
 
 namespace JobParser::PostScript
@@ -271,8 +272,10 @@ std::size_t Parser::takeCommentText()
 {
     const auto window = file.window();
     const auto bytes = window.first(std::min(window.size(), longestComment - comment.size()));
-    const auto end = std::ranges::find_if(bytes, [](std::uint8_t byte) { return byte < firstPrintable; });
-    const auto size = static_cast<std::size_t>(end - bytes.begin());
+    const std::size_t size =
+        Torv::EightBytes::countUnmarked(bytes.data(), bytes.size(), [](std::uint64_t word) {
+            return Torv::EightBytes::markBelow(word, firstPrintable);
+        });
     comment.append(reinterpret_cast<const char*>(bytes.data()), size);
     if (size != 0)
         file.advancePos(static_cast<std::int64_t>(size));

@@ -2,7 +2,6 @@
 
 #include "JobParser/JobFile.h"
 #include "JobParser/JobParserException.h"
-#include "JobParser/model/SerializationContext.h"
 
 #include "Torv/Format.h"
 #include "Torv/Json/Json.h"
@@ -31,13 +30,18 @@ void ChunkRawData::dump(Torv::Log::ILog& log)
 
 std::string ChunkRawData::toJson(SerializationContext& context) const
 {
-    std::string dto = context.emptyText();
-    dto += R"({"offset":)";
-    Torv::Json::appendNumber(dto, offset);
-    dto += R"(,"size":)";
-    Torv::Json::appendNumber(dto, m_size);
-    dto += '}';
-    return dto;
+    std::string json;
+    appendJson(json, context);
+    return json;
+}
+
+void ChunkRawData::appendJson(std::string& json, SerializationContext&) const
+{
+    json += R"({"offset":)";
+    Torv::Json::appendNumber(json, offset);
+    json += R"(,"size":)";
+    Torv::Json::appendNumber(json, m_size);
+    json += '}';
 }
 
 } // namespace JobParser

@@ -24,6 +24,8 @@ public:
     void save(JobFile& file, Torv::IO::IStream& stream) const override;
     void dump(Torv::Log::ILog& log) override;
     std::string toJson(SerializationContext& context) const override;
+    /// Appends the same text; see Reflection.
+    void appendJson(std::string& json, SerializationContext& context) const;
     std::int64_t size() const override { return m_size; }
 
     std::int64_t offset; ///< Of the first byte in the file.

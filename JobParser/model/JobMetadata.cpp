@@ -32,10 +32,11 @@ template <typename Pass> void appendMetadata(const Job& job, std::string& text, 
 {
     SerializationContext context;
     text += "{\"jobInfo\":" + job.jobInfo.toJsonFull() + ",\"chunks\":[";
-    const char* separator = "";
+    bool isFirst = true;
     for (const auto& chunk : job.chunks) {
-        text += separator;
-        separator = ",";
+        if (!isFirst)
+            text += ',';
+        isFirst = false;
         context.appendListed(text, chunk);
         pass();
     }

@@ -37,19 +37,40 @@ std::string tagOf(const std::type_info& type)
 } // namespace
 
 Torv::Factory Reflection::m_factory;
-std::unordered_map<std::size_t, std::string> Reflection::m_hash2class;
+std::unordered_map<std::size_t, Reflection::ChunkClass> Reflection::m_hash2class;
 
-void Reflection::registerChunkClass(const std::type_info& type, std::function<ChunkFactory> factory)
+void Reflection::registerChunkClass(const std::type_info& type, std::function<ChunkFactory> factory,
+                                    JsonAppender appender)
 {
     const std::string tag = tagOf(type);
     if (!m_factory.add(tag, std::move(factory)))
         throw Torv::GenericException(Torv::format("Duplicate chunk class. | class=%s", type.name()));
-    if (!m_hash2class.emplace(type.hash_code(), tag).second)
+    if (!m_hash2class.emplace(type.hash_code(), ChunkClass{tag, appender}).second)
         throw Torv::GenericException(
             Torv::format("Chunk class hash already exists. | class=%s", type.name()));
 }
 
 const std::string& Reflection::chunkClass(const IChunk& chunk)
+{
+    return registered(chunk).tag;
+}
+
+Reflection::JsonAppender Reflection::jsonAppender(const IChunk& chunk)
+{
+    return registered(chunk).appender;
+}
+
+void Reflection::appendText(std::string& json, const IChunk& chunk, SerializationContext& context)
+{
+    const std::string text = chunk.toJson(context);
+    // A text of megabytes is not to be moved once more for the few characters that follow it.
+    constexpr std::size_t large = 65536;
+    if (text.size() > large)
+        json.reserve(json.size() + text.size() + large);
+    json += text;
+}
+
+const Reflection::ChunkClass& Reflection::registered(const IChunk& chunk)
 {
     const auto& type = typeid(chunk);
     const auto found = m_hash2class.find(type.hash_code());

@@ -22,6 +22,7 @@ namespace JobParser
 {
 
 class IChunk;
+class SerializationContext;
 class UnserializationContext;
 
 /// The registry that links chunk classes to the names that they have in metadata.
@@ -33,22 +34,34 @@ public:
     /// Makes a chunk from the data that its toJson wrote.
     using ChunkFactory = std::shared_ptr<IChunk>(UnserializationContext&, const Torv::Variant&);
 
-    /// Registers a class. Throws Torv::GenericException if its name has no `Chunk` in it or is registered.
-    static void registerChunkClass(const std::type_info& type, std::function<ChunkFactory> factory);
+    /// Appends what a chunk's toJson gives.
+    using JsonAppender = void (*)(std::string& json, const IChunk& chunk, SerializationContext& context);
 
-    /// Registers T, which is made from a context and the data, or has no data and is made from nothing.
+    /// Registers a class. Throws Torv::GenericException if its name has no `Chunk` in it or is registered.
+    static void registerChunkClass(const std::type_info& type, std::function<ChunkFactory> factory,
+                                   JsonAppender appender = appendText);
+
+    /// Registers T, which is made from a context and the data, or has no data and is made from nothing. A
+    /// class of which jobs have many may write its data in appendJson, too, which then serves in place of
+    /// toJson; one that it inherits does not, since a class may have data of its own.
     template <typename T> static void registerChunkClass()
     {
-        registerChunkClass(typeid(T), [](UnserializationContext& context, const Torv::Variant& dto) {
-            if constexpr (std::is_constructible_v<T, UnserializationContext&, const Torv::Variant&>)
-                return std::shared_ptr<IChunk>(std::make_shared<T>(context, dto));
-            else
-                return std::shared_ptr<IChunk>(std::make_shared<T>());
-        });
+        registerChunkClass(
+            typeid(T),
+            [](UnserializationContext& context, const Torv::Variant& dto) {
+                if constexpr (std::is_constructible_v<T, UnserializationContext&, const Torv::Variant&>)
+                    return std::shared_ptr<IChunk>(std::make_shared<T>(context, dto));
+                else
+                    return std::shared_ptr<IChunk>(std::make_shared<T>());
+            },
+            hasOwnAppendJson<T> ? appendJson<T> : appendText);
     }
 
     /// The tag of a chunk's class. Throws Torv::GenericException if the class is not registered.
     static const std::string& chunkClass(const IChunk& chunk);
+
+    /// How the data of chunks of that class is written. Throws as chunkClass does.
+    static JsonAppender jsonAppender(const IChunk& chunk);
 
     /// The factory for a tag. Throws Torv::NoFactoryException if there is none.
     static const std::function<ChunkFactory>& factory(const std::string& tag);
@@ -58,8 +71,29 @@ public:
     static std::string_view nameBehindChunk(std::string_view className);
 
 private:
+    struct ChunkClass {
+        std::string tag;
+        JsonAppender appender;
+    };
+
+    template <typename T> static constexpr bool hasOwnAppendJson = requires
+    {
+        requires std::is_same_v<decltype(&T::appendJson),
+                                void (T::*)(std::string&, SerializationContext&) const>;
+    };
+
+    template <typename T>
+    static void appendJson(std::string& json, const IChunk& chunk, SerializationContext& context)
+    {
+        if constexpr (hasOwnAppendJson<T>)
+            static_cast<const T&>(chunk).appendJson(json, context);
+    }
+
+    static void appendText(std::string& json, const IChunk& chunk, SerializationContext& context);
+    static const ChunkClass& registered(const IChunk& chunk);
+
     static Torv::Factory m_factory;
-    static std::unordered_map<std::size_t, std::string> m_hash2class;
+    static std::unordered_map<std::size_t, ChunkClass> m_hash2class;
 };
 
 } // namespace JobParser

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <boost/unordered/unordered_flat_map.hpp>
+#include <charconv>
+#include <cstring>
+#include <string_view>
+#include <utility>
 
 #include "JobParser/IChunk.h"
 #include "JobParser/model/Reflection.h"
@@ -10,6 +14,13 @@
 
 namespace JobParser
 {
+namespace
+{
+
+constexpr std::string_view behindId = ",\"dto\":";
+constexpr std::size_t mostIdDigits = 11;
+
+} // namespace
 
 /// The chunks written so far, by identity.
 struct SerializationContext::Ids {
@@ -61,28 +72,28 @@ void SerializationContext::appendChunk(std::string& json, const std::shared_ptr<
 
 void SerializationContext::appendDefinition(std::string& json, const IChunk& chunk, std::int32_t id)
 {
-    const std::type_info& type = typeid(chunk);
-    const auto known = std::ranges::find(m_knownClasses, &type, &KnownClass::type);
-    json += known != m_knownClasses.end() ? known->start : addKnownClass(chunk);
-    Torv::Json::appendNumber(json, id);
-    json += ",\"dto\":";
-    std::string dto = chunk.toJson(*this);
-    // A text of megabytes is not to be moved once more for the few characters that follow it.
-    constexpr std::size_t large = 65536;
-    if (dto.size() > large)
-        json.reserve(json.size() + dto.size() + large);
-    json += dto;
+    KnownClass& known = knownClass(chunk);
+    char* const idStart = known.head.data() + known.startSize;
+    char* const idEnd = std::to_chars(idStart, idStart + mostIdDigits, id).ptr;
+    std::memcpy(idEnd, behindId.data(), behindId.size());
+    json.append(known.head.data(), static_cast<std::size_t>(idEnd - known.head.data()) + behindId.size());
+    known.appendJson(json, chunk, *this);
     json += '}';
-    dto.clear();
-    m_spareText = std::move(dto);
 }
 
-const std::string& SerializationContext::addKnownClass(const IChunk& chunk)
+SerializationContext::KnownClass& SerializationContext::knownClass(const IChunk& chunk)
 {
-    KnownClass known{&typeid(chunk), "{\"class\":"};
-    Torv::Json::appendString(known.start, Reflection::chunkClass(chunk));
-    known.start += ",\"id\":";
-    return m_knownClasses.emplace_back(std::move(known)).start;
+    const std::type_info& type = typeid(chunk);
+    const auto known = std::ranges::find(m_knownClasses, &type, &KnownClass::type);
+    if (known != m_knownClasses.end())
+        return *known;
+    std::string head = "{\"class\":";
+    Torv::Json::appendString(head, Reflection::chunkClass(chunk));
+    head += ",\"id\":";
+    const std::size_t startSize = head.size();
+    head.append(mostIdDigits + behindId.size(), ' ');
+    return m_knownClasses.emplace_back(
+        KnownClass{&type, std::move(head), startSize, Reflection::jsonAppender(chunk)});
 }
 
 } // namespace JobParser

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <typeinfo>
-#include <utility>
 #include <vector>
 
 #include "JobParser/Export.h"
@@ -39,27 +39,25 @@ public:
     /// written, and has not been written in this context before.
     void appendListed(std::string& json, const std::shared_ptr<IChunk>& chunk);
 
-    /// An empty text for a chunk's toJson to build on, with the room of one that was written before.
-    std::string emptyText() { return std::exchange(m_spareText, {}); }
-
 private:
     struct Ids;
 
     std::string serializeAlone(const IChunk& chunk);
     void appendChunk(std::string& json, const std::shared_ptr<IChunk>& chunk);
     void appendDefinition(std::string& json, const IChunk& chunk, std::int32_t id);
-    const std::string& addKnownClass(const IChunk& chunk);
-
-    /// What the text of a chunk of some class begins with, up to its id. A job has few classes, and their
-    /// chunks take turns.
+    /// What stands in front of the data of chunks of some class. A job has few classes, and their chunks take
+    /// turns.
     struct KnownClass {
         const std::type_info* type;
-        std::string start;
+        std::string head;      ///< With room for an id and what is behind it.
+        std::size_t startSize; ///< Of the head, up to the id.
+        void (*appendJson)(std::string& json, const IChunk& chunk, SerializationContext& context);
     };
+
+    KnownClass& knownClass(const IChunk& chunk);
 
     std::unique_ptr<Ids> m_ids;
     std::vector<KnownClass> m_knownClasses;
-    std::string m_spareText;
     std::int32_t m_lastId = 1;
 };
 

@@ -4,11 +4,11 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <simdjson.h>
 #include <utility>
 
+#include "Torv/EightBytes.h"
 #include "Torv/Encoding.h"
 #include "Torv/GenericException.h"
 #include "Torv/Json/Reader.h"
@@ -18,46 +18,23 @@ namespace Torv::Json
 namespace
 {
 
-constexpr std::uint64_t ofEachByte = 0x0101010101010101U;
-constexpr std::uint64_t highBits = ofEachByte * 0x80;
-
 [[noreturn]] void rejectText(const char* error)
 {
     throw GenericException(std::string("Json::parse(): The text is no JSON | error=") + error);
 }
 
-/// Whether eight bytes are all ASCII that stands for itself in a JSON string. A borrow of the subtractions
-/// begins only at a byte that is found anyway.
-bool isPlain(std::uint64_t word)
+/// Marks what does not stand for itself in a JSON string.
+std::uint64_t markSpecial(std::uint64_t word)
 {
-    const std::uint64_t control = word - ofEachByte * 0x20;
-    const std::uint64_t quote = (word ^ ofEachByte * '"') - ofEachByte;
-    const std::uint64_t backslash = (word ^ ofEachByte * '\\') - ofEachByte;
-    return ((word | control | quote | backslash) & highBits) == 0;
-}
-
-bool isPlain(char character)
-{
-    const auto byte = static_cast<std::uint8_t>(character);
-    return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
+    const std::uint64_t control = word - EightBytes::filledWith(0x20);
+    const std::uint64_t quote = (word ^ EightBytes::filledWith('"')) - EightBytes::filledWith(1);
+    const std::uint64_t backslash = (word ^ EightBytes::filledWith('\\')) - EightBytes::filledWith(1);
+    return (word | control | quote | backslash) & EightBytes::highBits;
 }
 
 bool isBeyondAscii(char character)
 {
     return static_cast<std::uint8_t>(character) >= 0x80;
-}
-
-std::size_t plainSize(std::string_view text)
-{
-    std::size_t size = 0;
-    for (std::uint64_t word = 0; text.size() - size >= sizeof word; size += sizeof word) {
-        std::memcpy(&word, text.data() + size, sizeof word);
-        if (!isPlain(word))
-            break;
-    }
-    while (size < text.size() && isPlain(text[size]))
-        ++size;
-    return size;
 }
 
 void appendEscape(std::string& out, char byte)
@@ -103,19 +80,21 @@ void appendString(std::string& out, std::string_view bytes)
 {
     out += '"';
     while (!bytes.empty()) {
-        const std::size_t plain = plainSize(bytes);
+        const std::size_t plain = EightBytes::countUnmarked(bytes.data(), bytes.size(), markSpecial);
         out += bytes.substr(0, plain);
         bytes.remove_prefix(plain);
         if (bytes.empty())
             break;
+        if (!isBeyondAscii(bytes.front())) {
+            appendEscape(out, bytes.front());
+            bytes.remove_prefix(1);
+            continue;
+        }
         // No UTF-8 sequence reaches into a stretch of ASCII or out of it.
         const auto end = std::find_if_not(bytes.begin(), bytes.end(), isBeyondAscii);
         const auto size = static_cast<std::size_t>(end - bytes.begin());
-        if (size != 0)
-            Encoding::appendAsUtf8(out, bytes.substr(0, size));
-        else
-            appendEscape(out, bytes.front());
-        bytes.remove_prefix(std::max<std::size_t>(size, 1));
+        Encoding::appendAsUtf8(out, bytes.substr(0, size));
+        bytes.remove_prefix(size);
     }
     out += '"';
 }

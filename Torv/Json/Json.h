@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <concepts>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -30,7 +31,7 @@ template <std::integral T> void appendNumber(std::string& out, T number)
 {
     std::array<char, 20> digits; // -9223372036854775808 and 18446744073709551615 have 20.
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-    out.append(digits.data(), end);
+    out.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
 }
 
 } // namespace Torv::Json

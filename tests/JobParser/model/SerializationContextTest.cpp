@@ -25,6 +25,22 @@ public:
     std::weak_ptr<IChunk> held;
 };
 
+/// Adds to what its base class writes.
+class ChunkMarkedRange : public ChunkRawData
+{
+public:
+    using ChunkRawData::ChunkRawData;
+
+    std::string toJson(SerializationContext&) const override { return "{\"mark\":7}"; }
+};
+
+class ChunkAppended : public ChunkUel
+{
+public:
+    std::string toJson(SerializationContext&) const override { return "{}"; }
+    void appendJson(std::string& json, SerializationContext&) const { json += "{\"appended\":true}"; }
+};
+
 namespace
 {
 
@@ -34,7 +50,9 @@ protected:
     void SetUp() override
     {
         Library::init({});
-        static const bool isRegistered = (Reflection::registerChunkClass<ChunkHolder>(), true);
+        static const bool isRegistered = (Reflection::registerChunkClass<ChunkHolder>(),
+                                          Reflection::registerChunkClass<ChunkMarkedRange>(),
+                                          Reflection::registerChunkClass<ChunkAppended>(), true);
         ASSERT_TRUE(isRegistered);
     }
 
@@ -101,16 +119,30 @@ TEST_F(SerializationContextTest, EndsAChunkThatHoldsItselfWithItsNumber)
     EXPECT_EQ(context.serializeChunk(chunk), R"({"class":"HolderE","id":2,"dto":{"held":2}})");
 }
 
-TEST_F(SerializationContextTest, GivesAnEmptyTextToBuildOnWhateverWasWrittenBefore)
+TEST_F(SerializationContextTest, WritesIdsOfAllLengths)
 {
-    EXPECT_EQ(context.emptyText(), "");
-    context.serializeChunk(std::make_shared<ChunkText>(std::string(1000, 'x')));
+    std::string json;
+    for (int id = 2; id < 12345; ++id)
+        context.appendListed(json, std::make_shared<ChunkUel>());
+    json.clear();
 
-    const std::string text = context.emptyText();
+    context.appendListed(json, std::make_shared<ChunkUel>());
+    context.appendListed(json, std::make_shared<ChunkText>("a"));
 
-    EXPECT_EQ(text, "");
-    EXPECT_GE(text.capacity(), 1000U);
-    EXPECT_EQ(context.emptyText(), "");
+    EXPECT_EQ(json, R"({"class":"UelE","id":12345,"dto":{}})"
+                    R"({"class":"TextE","id":12346,"dto":{"text":"a"}})");
+}
+
+TEST_F(SerializationContextTest, LetsAClassAppendItsData)
+{
+    EXPECT_EQ(context.serializeChunk(std::make_shared<ChunkAppended>()),
+              R"({"class":"AppendedE","id":2,"dto":{"appended":true}})");
+}
+
+TEST_F(SerializationContextTest, AsksAClassForItsOwnDataWhateverItsBaseAppends)
+{
+    EXPECT_EQ(context.serializeChunk(std::make_shared<ChunkMarkedRange>(1, 2)),
+              R"({"class":"MarkedRangeE","id":2,"dto":{"mark":7}})");
 }
 
 TEST_F(SerializationContextTest, RejectsAChunkOfAClassThatIsNotRegistered)
