@@ -11,6 +11,7 @@
 #include "JobParser/Library.h"
 #include "JobParser/Parser.h"
 #include "JobParser/paper/PaperSizeManager.h"
+#include "tools/Heap.h"
 #include "tools/Scan.h"
 #include "tools/Session.h"
 #include "tools/ShowPage.h"
@@ -75,6 +76,7 @@ void load(LoadedJob& loaded, const Options& options)
     // A job that is loaded from its metadata is not parsed, so that there is nothing to ask.
     initLibrary(options, options.metadata ? Workers::None : Workers::Started);
     openJob(loaded.file, options.files.front(), options);
+    prepareHeap(loaded.file.m_realDataSize);
     if (options.metadata)
         loaded.job = std::make_shared<Job>(*options.metadata);
     else

@@ -7,6 +7,7 @@ import json
 import os
 import pathlib
 import re
+import resource
 import shlex
 import stat
 import subprocess
@@ -25,6 +26,13 @@ MALFORMED = UEL + b"@PJL \x01"
 MALFORMED_CAUSE = b"error=GetPjlToken(): Unexpected character"
 RAW = b"neither a language nor a wrapper"
 DONE, FAILED, WRONG, NOT_PARSED = 0, 1, 2, 3
+
+
+def limit_data(size):
+    """Bounds the heap of a tool that is not built with sanitizers, which need terabytes."""
+    with open(TOOL, "rb") as file:
+        if b"__asan_init" not in file.read():
+            resource.setrlimit(resource.RLIMIT_DATA, (size, size))
 
 
 class ToolTest(unittest.TestCase):
@@ -213,6 +221,20 @@ class Check(ToolTest):
                 self.file("job", make())
 
                 self.assertRegex(self.output("check", "job"), b"^ok: [0-9]+ chunks, %d bytes\n$" % len(make()))
+
+    def test_counts_a_job_of_many_chunks(self):
+        page = b"%%Page: 1 1\n" + b"0 0 moveto\n" * 40
+        self.file("job", b"%!PS\n" + page * 25000)
+
+        self.assertEqual(self.output("check", "job"), b"ok: 50001 chunks, 11300005 bytes\n")
+
+    def test_counts_a_job_of_many_chunks_where_the_heap_cannot_grow_ahead(self):
+        page = b"%%Page: 1 1\n" + b"0 0 moveto\n" * 400
+        self.file("job", b"%!PS\n" + page * 2500)
+
+        text = self.output("check", "job", preexec_fn=lambda: limit_data(12 * 1024 * 1024))
+
+        self.assertEqual(text, b"ok: 5001 chunks, 11030005 bytes\n")
 
     def test_fails_for_metadata_of_another_job(self):
         self.file("job", RAW)

@@ -1,0 +1,55 @@
+#include "tools/Heap.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <limits>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
+namespace JobParser::Tool
+{
+namespace
+{
+
+constexpr std::size_t mebibyte = 1024 * 1024;
+// Smaller jobs have too few chunks to pay for the clearing of a large page.
+constexpr std::int64_t leastJob = 8 * mebibyte;
+constexpr std::size_t largePage = 2 * mebibyte;
+// What the heap grows by. Memory that is not touched costs nothing.
+constexpr std::size_t heapStep = 16 * mebibyte;
+// More than the heap of a tool that has only begun has left.
+constexpr std::size_t leastGrowth = mebibyte;
+// What it grows by from then on, as it does by itself.
+constexpr int usualStep = 128 * 1024;
+// The list of chunks, which is moved as it grows, stays on the heap, too.
+constexpr int leastOutsideHeap = 32 * mebibyte;
+// A part of the heap that is free will be wanted again.
+constexpr int neverTrimmed = std::numeric_limits<int>::max();
+
+} // namespace
+
+void prepareHeap(std::int64_t jobSize)
+{
+#if defined(__GLIBC__)
+    if (jobSize < leastJob)
+        return;
+    mallopt(M_MMAP_THRESHOLD, leastOutsideHeap);
+    mallopt(M_TRIM_THRESHOLD, neverTrimmed);
+    mallopt(M_TOP_PAD, heapStep);
+    auto* const start = static_cast<char*>(sbrk(0));
+    void* volatile growth = std::malloc(leastGrowth);
+    std::free(growth);
+    auto* const end = static_cast<char*>(sbrk(0));
+    // Where memory is scarce the next small step may still be had.
+    mallopt(M_TOP_PAD, usualStep);
+    const std::size_t lead = (largePage - reinterpret_cast<std::uintptr_t>(start) % largePage) % largePage;
+    if (start + lead < end)
+        madvise(start + lead, static_cast<std::size_t>(end - start) - lead, MADV_HUGEPAGE);
+#endif
+}
+
+} // namespace JobParser::Tool
