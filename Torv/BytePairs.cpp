@@ -17,6 +17,9 @@
 
 #if defined(__x86_64__)
 #include <immintrin.h>
+#if __has_include(<sys/platform/x86.h>)
+#include <sys/platform/x86.h>
+#endif
 #endif
 
 #include "Torv/BytePairsKernels.h"
@@ -364,8 +367,13 @@ std::size_t findPairOfSetsSse2(std::span<const std::uint8_t> bytes, const Nibble
 
 bool hasAvx2()
 {
+#if __has_include(<sys/platform/x86.h>)
+    // What the loader found out. To ask the processor once more is slow on virtual machines.
+    return CPU_FEATURE_ACTIVE(AVX2);
+#else
     __builtin_cpu_init();
     return __builtin_cpu_supports("avx2") != 0;
+#endif
 }
 
 std::size_t findPairAvx2(std::span<const std::uint8_t> bytes, const std::array<BytePair, 2>& pairs)

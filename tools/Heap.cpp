@@ -19,6 +19,8 @@ constexpr std::size_t mebibyte = 1024 * 1024;
 // Smaller jobs have too few chunks to pay for the clearing of a large page.
 constexpr std::int64_t leastJob = 8 * mebibyte;
 constexpr std::size_t largePage = 2 * mebibyte;
+// What a job without many chunks stays below, so that it clears no large page.
+constexpr std::size_t usualHeap = mebibyte / 2;
 // What the heap grows by. Memory that is not touched costs nothing.
 constexpr std::size_t heapStep = 16 * mebibyte;
 // More than the heap of a tool that has only begun has left.
@@ -46,9 +48,10 @@ void prepareHeap(std::int64_t jobSize)
     auto* const end = static_cast<char*>(sbrk(0));
     // Where memory is scarce the next small step may still be had.
     mallopt(M_TOP_PAD, usualStep);
-    const std::size_t lead = (largePage - reinterpret_cast<std::uintptr_t>(start) % largePage) % largePage;
-    if (start + lead < end)
-        madvise(start + lead, static_cast<std::size_t>(end - start) - lead, MADV_HUGEPAGE);
+    auto* const usual = start + usualHeap;
+    auto* const large = usual + (largePage - reinterpret_cast<std::uintptr_t>(usual) % largePage) % largePage;
+    if (large < end)
+        madvise(large, static_cast<std::size_t>(end - large), MADV_HUGEPAGE);
 #endif
 }
 
