@@ -22,31 +22,46 @@ namespace
 
 constexpr std::size_t longestInfo = 512UL * 1024 * 1024;
 
-void requireShort(const std::string& info)
-{
-    if (info.size() > longestInfo)
-        throw JobParserException("The summary of the PDF is too long");
-}
+constexpr std::size_t usualObject = 192;
 
-std::string infoText(const Pdf::Parser::DocumentInfo& document)
+/// Writes the summary as the characters of a JSON string, an object at a time.
+class InfoWriter
 {
-    constexpr std::size_t usualObject = 192;
-    std::string info;
-    info.reserve(usualObject * (document.pages.size() + 2));
-    Pdf::Writer writer(info);
-    writer.write(document.catalog);
-    for (const auto* objects : {&document.pages, &document.embeddable}) {
-        for (const auto& [reference, object] : *objects) {
-            writer.write(object);
-            requireShort(info);
+public:
+    explicit InfoWriter(std::string& json) : m_json(json) {}
+
+    void write(const Pdf::Parser::DocumentInfo& document)
+    {
+        m_writer.write(document.catalog);
+        pass();
+        for (const auto* objects : {&document.pages, &document.embeddable}) {
+            for (const auto& [reference, object] : *objects) {
+                m_writer.write(object);
+                pass();
+            }
         }
+        m_text += "trailer";
+        m_writer.write(document.trailer);
+        m_text += "startxref0\n";
+        pass();
     }
-    info += "trailer";
-    writer.write(document.trailer);
-    info += "startxref0\n";
-    requireShort(info);
-    return info;
-}
+
+private:
+    // Objects end with a line end, so that no character goes over to the next one.
+    void pass()
+    {
+        m_size += m_text.size();
+        if (m_size > longestInfo)
+            throw JobParserException("The summary of the PDF is too long");
+        Torv::Json::appendCharacters(m_json, m_text);
+        m_text.clear();
+    }
+
+    std::string& m_json;
+    std::string m_text;
+    Pdf::Writer m_writer{m_text};
+    std::size_t m_size = 0;
+};
 
 void write(Torv::IO::IStream& stream, std::string_view text)
 {
@@ -72,15 +87,19 @@ void ChunkPdfDocumentInfo::dump(Torv::Log::ILog& log)
     log.write(Torv::Log::LevelDump, "PdfChunkDocumentInfo", "", false, "", 0);
 }
 
-std::string ChunkPdfDocumentInfo::toJson(SerializationContext&) const
+std::string ChunkPdfDocumentInfo::toJson(SerializationContext& context) const
 {
-    const std::string info = infoText(*documentInfo);
-    std::string json = "{\"info\":";
-    // Room for the line ends, which become two characters each.
-    json.reserve(info.size() + info.size() / 8);
-    Torv::Json::appendString(json, info);
-    json += '}';
+    std::string json;
+    appendJson(json, context);
     return json;
+}
+
+void ChunkPdfDocumentInfo::appendJson(std::string& json, SerializationContext&) const
+{
+    json.reserve(json.size() + usualObject * (documentInfo->pages.size() + 2));
+    json += "{\"info\":\"";
+    InfoWriter(json).write(*documentInfo);
+    json += "\"}";
 }
 
 } // namespace JobParser

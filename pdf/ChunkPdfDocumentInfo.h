@@ -38,6 +38,8 @@ public:
     /// The summary as PDF text, under "info". Throws JobParserException if an object cannot be written, or if
     /// the text is longer than 512 MiB, to which many pages with large common resources may grow.
     std::string toJson(SerializationContext& context) const override;
+    /// Appends the same text; see Reflection.
+    void appendJson(std::string& json, SerializationContext& context) const;
     std::int64_t size() const override { return 0; }
 
     std::shared_ptr<Pdf::Parser::DocumentInfo> documentInfo; ///< Not null.

@@ -1,5 +1,6 @@
 #include "pdf/DocumentInfo.h"
 
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -11,7 +12,7 @@ namespace Pdf::Parser
 Value& DocumentInfo::embedResource(Value& value)
 {
     if (const auto* reference = std::get_if<Reference>(&value))
-        value = target(lastOfChain(*reference));
+        value = Value(*endOfChain(*reference).value);
     if (std::holds_alternative<None>(value))
         value = Dictionary();
     return value;
@@ -22,45 +23,47 @@ void DocumentInfo::embedContents(Value& value)
     const auto* reference = std::get_if<Reference>(&value);
     if (reference == nullptr)
         return;
-    const Reference last = lastOfChain(*reference);
-    const Value& contents = target(last);
-    if (std::holds_alternative<Array>(contents))
-        value = contents;
+    const EndOfChain end = endOfChain(*reference);
+    if (std::holds_alternative<Array>(*end.value))
+        value = *end.value;
     else
-        value = last;
+        value = end.reference;
 }
 
 void DocumentInfo::clearEmbeddable()
 {
     embeddable.clear();
+    m_unbuilt = {};
     m_endsOfChains.clear();
 }
 
-const Value& DocumentInfo::target(const Reference& reference) const
+const Value& DocumentInfo::target(const Reference& reference)
 {
+    if (reference.generation == 0)
+        if (const Value* value = m_unbuilt.find(reference.number))
+            return *value;
     const auto place = embeddable.find(reference);
     return place != embeddable.end() ? place->second.value : nothing;
 }
 
-// The reference that leads to no other reference.
-Reference DocumentInfo::lastOfChain(const Reference& first)
+DocumentInfo::EndOfChain DocumentInfo::endOfChain(const Reference& first)
 {
-    Reference last = first;
+    EndOfChain end{first, &target(first)};
     std::vector<Reference> passed;
-    while (const auto* next = std::get_if<Reference>(&target(last))) {
-        const auto known = m_endsOfChains.find(last);
+    while (const auto* next = std::get_if<Reference>(end.value)) {
+        const auto known = m_endsOfChains.find(end.reference);
         if (known != m_endsOfChains.end()) {
-            last = known->second;
+            end = {known->second, &target(known->second)};
             break;
         }
-        passed.push_back(last);
-        if (passed.size() > embeddable.size())
+        passed.push_back(end.reference);
+        if (passed.size() > embeddable.size() + m_unbuilt.size())
             throw PdfParserException("Resource references loop");
-        last = *next;
+        end = {*next, &target(*next)};
     }
     for (const Reference& reference : passed)
-        m_endsOfChains.emplace(reference, last);
-    return last;
+        m_endsOfChains.emplace(reference, end.reference);
+    return end;
 }
 
 } // namespace Pdf::Parser

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
+#include <string_view>
 
 #include "JobParser/Export.h"
 #include "pdf/Object.h"
 #include "pdf/ReferenceMap.h"
+#include "pdf/UnbuiltObjects.h"
 #include "pdf/Value.h"
 
 namespace Pdf::Parser
@@ -22,6 +25,11 @@ public:
     /// the last of them. Throws PdfParserException if references lead to each other.
     void embedContents(Value& value);
 
+    /// Adds an object of generation 0 to those that may be embedded, as its text; see UnbuiltObjects. It
+    /// counts before one that stands in `embeddable`.
+    void addEmbeddableText(std::uint32_t number, std::string_view text) { m_unbuilt.add(number, text); }
+    /// Forgets such an object.
+    void removeEmbeddableText(std::uint32_t number) { m_unbuilt.remove(number); }
     /// Forgets what may be embedded.
     void clearEmbeddable();
 
@@ -31,8 +39,16 @@ public:
     Value trailer;
 
 private:
-    const Value& target(const Reference& reference) const;
-    Reference lastOfChain(const Reference& first);
+    /// What references lead to at last, and the last of them.
+    struct EndOfChain {
+        Reference reference;
+        const Value* value;
+    };
+
+    const Value& target(const Reference& reference);
+    EndOfChain endOfChain(const Reference& first);
+
+    UnbuiltObjects m_unbuilt;
 
     // Where chains of references end that were followed before; they may be long, and many may use them.
     ReferenceMap<Reference> m_endsOfChains;

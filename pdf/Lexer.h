@@ -52,6 +52,9 @@ public:
     Token readNumber(bool allowReference);
     /// Reads any value onto the tape. Its texts may be gone as soon as anything else is read.
     void readValue(ValueTape& tape);
+    /// The bytes of the last value, if it was a usual one that stands in the window; otherwise empty. Valid
+    /// until anything else is read.
+    std::string_view usualValue() const { return m_usualValue; }
     /// Appends `count` bytes from `current` on, and goes behind them.
     void readBytes(std::string& bytes, std::uint64_t count);
     /// Appends the bytes from `current` on up to a line feed, which becomes `current`.
@@ -120,6 +123,7 @@ private:
     };
     std::vector<Frame> m_frames;
     ValueScanner m_scanner;
+    std::string_view m_usualValue;
 };
 
 inline std::uint8_t Lexer::next()

@@ -124,11 +124,14 @@ void Lexer::readValue(ValueTape& tape)
 // Reads the value where it stands in the window, if it is a usual one that ends there.
 bool Lexer::scanValue(ValueTape& tape)
 {
+    m_usualValue = {};
     if (m_at == m_begin || m_at[-1] != current)
         return false;
-    const std::uint8_t* const behind = m_scanner.scan(m_at - 1, m_end, tape);
+    const std::uint8_t* const begin = m_at - 1;
+    const std::uint8_t* const behind = m_scanner.scan(begin, m_end, tape);
     if (behind == nullptr)
         return false;
+    m_usualValue = {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(behind - begin)};
     current = *behind;
     m_at = behind + 1;
     return true;

@@ -28,6 +28,17 @@ constexpr std::array<TypeRow, 4> types{{
 constexpr std::array<std::string_view, 7> resourceKeys{"ProcSet",    "XObject", "Font",   "ExtGState",
                                                        "ColorSpace", "Pattern", "Shading"};
 
+// Few keys begin so.
+constexpr std::array<bool, 256> startsOfResourceKeys()
+{
+    std::array<bool, 256> table{};
+    for (const std::string_view key : resourceKeys)
+        table[static_cast<unsigned char>(key.front())] = true;
+    return table;
+}
+
+constexpr std::array<bool, 256> startsResourceKey = startsOfResourceKeys();
+
 Destination destinationOfType(std::string_view type)
 {
     const auto row = std::ranges::find(types, type, &TypeRow::type);
@@ -36,11 +47,8 @@ Destination destinationOfType(std::string_view type)
 
 bool isResourceKey(std::string_view key)
 {
-    // Few keys get beyond this.
-    constexpr std::string_view firstLetters = "PXFECS";
-    if (key.empty() || firstLetters.find(key.front()) == std::string_view::npos)
-        return false;
-    return std::ranges::find(resourceKeys, key) != resourceKeys.end();
+    return !key.empty() && startsResourceKey[static_cast<unsigned char>(key.front())] &&
+           std::ranges::find(resourceKeys, key) != resourceKeys.end();
 }
 
 bool isResource(const DictionaryEntry& entry)
@@ -79,6 +87,7 @@ ObjectFacts factsOf(const ValueTape& tape)
     ObjectFacts facts;
     if (!tape.isDictionary()) {
         facts.mayBeKept = tape[0].kind == Token::Kind::Reference || tape[0].kind == Token::Kind::OpenArray;
+        facts.isEmbeddable = facts.mayBeKept;
         return facts;
     }
     bool mayBeResources = false;
@@ -99,8 +108,10 @@ ObjectFacts factsOf(const ValueTape& tape)
     }
     if (facts.type != nullptr && facts.type->kind == Token::Kind::Name && facts.type->size != 0)
         facts.mayBeKept = destinationOfType(tape.text(*facts.type)) != Destination::Dropped;
-    else
+    else {
         facts.mayBeKept = mayBeResources || allReferences;
+        facts.isEmbeddable = facts.mayBeKept && repeatedKeys < mostRepeatedKeys;
+    }
     return facts;
 }
 

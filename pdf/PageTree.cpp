@@ -18,7 +18,10 @@ PageTree::Pages PageTree::walkPageTree(const Reference& root)
         else
             takeKid(std::get<Reference>(level.kids[level.next++]));
     }
-    return std::move(m_reachable);
+    if (!m_isInOrder)
+        return std::move(m_reachable);
+    m_pages.erase(m_next, m_pages.end());
+    return std::move(m_pages);
 }
 
 void PageTree::enter(const Reference& reference)
@@ -39,15 +42,37 @@ void PageTree::leave()
 
 void PageTree::takeKid(const Reference& kid)
 {
-    const auto page = m_pages.find(kid);
-    if (page != m_pages.end()) {
-        m_reachable.insert(m_reachable.end(), m_pages.extract(page));
+    if (takePage(kid))
         m_levels.back().hasPages = true;
-    } else if (m_nodes.contains(kid)) {
+    else if (m_nodes.contains(kid))
         takeNode(kid);
-    } else {
+    else
         throw PdfParserException("Missing page");
+}
+
+bool PageTree::takePage(const Reference& reference)
+{
+    // What the map would not find is not taken, either.
+    if (m_isInOrder && m_next != m_pages.end() && m_next->first == reference && reference.generation == 0) {
+        ++m_next;
+        return true;
     }
+    if (m_isInOrder && m_nodes.contains(reference) && !m_pages.contains(reference))
+        return false;
+    leaveOrder();
+    const auto page = m_pages.find(reference);
+    if (page == m_pages.end())
+        return false;
+    m_reachable.insert(m_reachable.end(), m_pages.extract(page));
+    return true;
+}
+
+void PageTree::leaveOrder()
+{
+    if (!std::exchange(m_isInOrder, false))
+        return;
+    while (m_pages.begin() != m_next)
+        m_reachable.insert(m_reachable.end(), m_pages.extract(m_pages.begin()));
 }
 
 // Walking a node once more would find its pages gone, or nothing.

@@ -9,6 +9,7 @@
 #include "pdf/Numbers.h"
 #include "pdf/ObjectKeeper.h"
 #include "pdf/ObjectSorting.h"
+#include "pdf/UnbuiltObjects.h"
 #include "pdf/ValueTape.h"
 
 #include "Torv/Ascii.h"
@@ -182,7 +183,11 @@ void Parser::readFile()
             if (!Torv::Ascii::isDigit(m_lexer->current) && startxref != 0)
                 return;
             const auto offset = static_cast<std::int64_t>(m_lexer->position());
-            keep(offset, readObject(Purpose::Summary));
+            Object object = readObject(Purpose::Summary);
+            if (m_valueText.empty())
+                keep(offset, std::move(object));
+            else
+                keepText(object.reference.number, m_valueText);
             break;
         }
         }
@@ -235,14 +240,28 @@ Object Parser::readObject(Purpose purpose)
     const ObjectFacts facts = factsOf(*m_tape);
     const StreamHead head = streamHead(facts);
     const bool isWanted = purpose == Purpose::Everything || facts.mayBeKept;
-    if (isWanted || head.holdsObjects)
+    m_valueText.clear();
+    if (purpose == Purpose::Summary && isDeferred(facts, object.reference, *m_lexer, *m_tape))
+        m_valueText = m_lexer->usualValue();
+    else if (isWanted || head.holdsObjects)
         object.value = m_tape->build();
     m_lexer->ws();
-    if (m_lexer->current == 's')
+    if (m_lexer->current == 's') {
+        if (!m_valueText.empty())
+            object.value = valueOf(std::exchange(m_valueText, {}));
         readStream(object, head, isWanted);
+    }
     m_lexer->ws();
     m_lexer->match("endobj");
     return object;
+}
+
+// Whether the object will go where most are never looked at, and its text takes no more room than its tree.
+bool Parser::isDeferred(const ObjectFacts& facts, const Reference& reference, const Lexer& lexer,
+                        const ValueTape& tape) const
+{
+    return m_isFile && facts.isEmbeddable && reference.generation == 0 && !lexer.usualValue().empty() &&
+           lexer.usualValue().size() <= tape.size() * sizeof(DictionaryEntry);
 }
 
 // What a stream depends on, taken while the value is still there to be looked at.

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "JobParser/Export.h"
@@ -109,7 +110,10 @@ private:
     bool passStreamByLength(double length);
     void readObjectStream(Object& object);
 
+    bool isDeferred(const ObjectFacts& facts, const Reference& reference, const Lexer& lexer,
+                    const ValueTape& tape) const;
     void keep(std::int64_t offset, Object&& object);
+    void keepText(std::uint32_t number, std::string_view text);
     void chooseTrailer(bool walkPages);
     void prepareTrailerForUpdate();
     Reference findPageTree() const;
@@ -118,6 +122,8 @@ private:
     std::unique_ptr<Lexer> m_lexer;
     std::unique_ptr<ValueTape> m_tape;
     std::unique_ptr<ObjectKeeper> m_keeper;
+    bool m_isFile = false;   // That is read as a whole, so that nobody sees what may be embedded.
+    std::string m_valueText; // Of the last object, if it is not built yet.
 };
 
 template <> JOBPARSER_EXPORT void Parser::parseValue<void>();

@@ -1,5 +1,6 @@
 // What becomes of the objects of a file: they are sorted while it is read, and put together at its end.
 
+#include <algorithm>
 #include <type_traits>
 #include <utility>
 #include <variant>
@@ -21,6 +22,7 @@ namespace Pdf::Parser
 std::shared_ptr<DocumentInfo> Parser::parse(bool walkPages)
 {
     document = std::make_shared<DocumentInfo>();
+    m_isFile = walkPages;
     parseValue<void>();
     chooseTrailer(walkPages);
     if (walkPages) {
@@ -42,16 +44,25 @@ void Parser::keep(std::int64_t offset, Object&& object)
     if (document == nullptr)
         document = std::make_shared<DocumentInfo>();
     const Reference reference = object.reference;
-    if (reference.number > maxObjectNumber)
-        maxObjectNumber = reference.number;
+    maxObjectNumber = std::max(maxObjectNumber, reference.number);
     switch (destinationOf(object.value)) {
     case Destination::Dropped: break;
-    case Destination::Embeddable: m_keeper->put(document->embeddable, std::move(object)); break;
+    case Destination::Embeddable:
+        if (reference.generation == 0)
+            document->removeEmbeddableText(reference.number);
+        m_keeper->put(document->embeddable, std::move(object));
+        break;
     case Destination::PageNodes: pageNodes[reference] = std::move(object.value); break;
     case Destination::Pages: m_keeper->put(document->pages, std::move(object)); break;
     case Destination::Catalog: document->catalog = std::move(object); break;
     case Destination::Trailers: trailers[offset] = std::move(object.value); break;
     }
+}
+
+void Parser::keepText(std::uint32_t number, std::string_view text)
+{
+    maxObjectNumber = std::max(maxObjectNumber, number);
+    document->addEmbeddableText(number, text);
 }
 
 // The text of a summary has one trailer and points to none.

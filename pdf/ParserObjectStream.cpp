@@ -80,7 +80,12 @@ void Parser::readObjectStream(Object& object)
         lexer.next();
         lexer.ws();
         lexer.readValue(tape);
-        keep(0, {{table[index].number, 0}, factsOf(tape).mayBeKept ? tape.build() : Value(), {}});
+        const Reference reference{table[index].number, 0};
+        const ObjectFacts facts = factsOf(tape);
+        if (isDeferred(facts, reference, lexer, tape))
+            keepText(reference.number, lexer.usualValue());
+        else
+            keep(0, {reference, facts.mayBeKept ? tape.build() : Value(), {}});
     }
 }
 

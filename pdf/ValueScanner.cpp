@@ -23,8 +23,15 @@ constexpr std::array<double, mostDigits + 1> powersOfTen{1e0, 1e1, 1e2,  1e3,  1
 
 struct Number {
     double value;
+    std::uint64_t digits; // Of an integer, its value.
     bool isInteger;
 };
+
+// The number as it counts in a reference.
+std::uint32_t toUnsigned32(const Number& number)
+{
+    return number.isInteger ? static_cast<std::uint32_t>(number.digits) : Pdf::toUnsigned32(number.value);
+}
 
 constexpr std::array<bool, 256> plainNameCharacters()
 {
@@ -100,6 +107,7 @@ public:
             return false;
         number.isInteger = point == nullptr && !isNegative;
         number.value = static_cast<double>(digits);
+        number.digits = digits;
         if (point != nullptr)
             number.value /= powersOfTen[static_cast<std::size_t>(m_at - point - 1)];
         if (isNegative)
@@ -127,15 +135,15 @@ public:
         Number second;
         if (!scanNumber(second) || !skipWhiteSpace())
             return false;
-        const std::uint32_t whole = toUnsigned32(second.value);
+        const std::uint32_t whole = toUnsigned32(second);
         if (*m_at == 'R' && static_cast<double>(whole) == second.value) {
             ++m_at;
-            m_tape.addReference({toUnsigned32(first.value), whole});
+            m_tape.addReference({toUnsigned32(first), whole});
             return true;
         }
         if (*m_at == 'R' || !isInArray)
             return false;
-        addNumber(toUnsigned32(first.value));
+        addNumber(toUnsigned32(first));
         addNumber(second.value);
         values = 2;
         return true;

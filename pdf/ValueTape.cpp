@@ -29,6 +29,24 @@ template <typename Container> void clearOrFree(Container& container, std::size_t
 
 } // namespace
 
+ValueTape::KeyedValue::KeyedValue(std::string_view theKey, std::size_t theValue)
+    : start(0), key(theKey), value(theValue)
+{
+    const std::size_t size = std::min(key.size(), sizeof start);
+    for (std::size_t index = 0; index < size; ++index)
+        start = start << 8 | static_cast<unsigned char>(key[index]);
+    // Without this a short key would need a shift by all bits.
+    if (size != 0)
+        start <<= 8 * (sizeof start - size);
+}
+
+int ValueTape::KeyedValue::compareKey(const KeyedValue& other) const
+{
+    if (start != other.start)
+        return start < other.start ? -1 : 1;
+    return key.compare(other.key);
+}
+
 void ValueTape::clear()
 {
     if (m_tokens.size() > mostTokensKept)
@@ -71,7 +89,7 @@ Value ValueTape::build()
     while (!m_frames.empty()) {
         Frame& frame = m_frames.back();
         if (frame.next == frame.end) {
-            m_keys.resize(frame.firstKey);
+            m_keys.erase(m_keys.begin() + static_cast<std::ptrdiff_t>(frame.firstKey), m_keys.end());
             m_frames.pop_back();
             continue;
         }
@@ -133,19 +151,20 @@ void ValueTape::sortKeys(std::size_t open)
     bool isSorted = true;
     for (std::size_t index = open + 1; m_tokens[index].kind == Token::Kind::Key; index = behind(index + 1)) {
         const std::string_view key = text(m_tokens[index]);
-        isSorted = isSorted && (m_keys.size() == first || m_keys.back().key < key);
-        m_keys.push_back({key, index + 1});
+        m_keys.emplace_back(key, index + 1);
+        isSorted = isSorted &&
+                   (m_keys.size() == first + 1 || m_keys[m_keys.size() - 2].compareKey(m_keys.back()) < 0);
     }
     if (isSorted)
         return;
     const auto keys = std::span(m_keys).subspan(first);
     std::sort(keys.begin(), keys.end(), [](const KeyedValue& a, const KeyedValue& b) {
-        const int order = a.key.compare(b.key);
+        const int order = a.compareKey(b);
         return order != 0 ? order < 0 : a.value < b.value;
     });
-    const auto isSame = [](const KeyedValue& a, const KeyedValue& b) { return a.key == b.key; };
+    const auto isSame = [](const KeyedValue& a, const KeyedValue& b) { return a.compareKey(b) == 0; };
     const auto repeated = std::unique(keys.begin(), keys.end(), isSame);
-    m_keys.resize(m_keys.size() - static_cast<std::size_t>(keys.end() - repeated));
+    m_keys.erase(m_keys.end() - (keys.end() - repeated), m_keys.end());
 }
 
 // The names of a document are few; those that do not stand in a value itself are shared.

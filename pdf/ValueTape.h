@@ -91,6 +91,11 @@ public:
 
 private:
     struct KeyedValue {
+        KeyedValue(std::string_view theKey, std::size_t theValue);
+        /// Below 0 if this key comes before the other, above 0 if behind it.
+        int compareKey(const KeyedValue& other) const;
+
+        std::uint64_t start; // The first bytes of the key as a number, which orders most keys.
         std::string_view key;
         std::size_t value;
     };

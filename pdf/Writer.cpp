@@ -16,6 +16,7 @@ namespace
 {
 
 constexpr int decimals = 6;
+constexpr std::size_t mostDigits = std::numeric_limits<std::uint64_t>::digits10 + 1;
 // Sign, the digits of the greatest double, point and decimals.
 constexpr std::size_t longestNumber = std::numeric_limits<double>::max_exponent10 + 3 + decimals;
 
@@ -75,11 +76,18 @@ void Writer::writeReference(const Reference& reference)
     flush();
 }
 
+// Where up to so many characters may be written, of which taken() then tells the end.
+inline char* Writer::roomFor(std::size_t size)
+{
+    if (size > m_buffer.size() - m_buffered)
+        flush();
+    return m_buffer.data() + m_buffered;
+}
+
 void Writer::put(char character)
 {
-    if (m_buffered == m_buffer.size())
-        flush();
-    m_buffer[m_buffered++] = character;
+    *roomFor(1) = character;
+    ++m_buffered;
 }
 
 void Writer::put(std::string_view text)
@@ -91,8 +99,11 @@ void Writer::put(std::string_view text)
             return;
         }
     }
-    text.copy(m_buffer.data() + m_buffered, text.size());
-    m_buffered += text.size();
+    // Most texts are too small for a call.
+    char* end = m_buffer.data() + m_buffered;
+    for (const char character : text)
+        *end++ = character;
+    taken(end);
 }
 
 void Writer::flush()
@@ -178,8 +189,9 @@ void Writer::putNumber(double number)
     constexpr double mostExact = 1e15;
 
     if (number >= 1 && number < mostExact && number == std::trunc(number)) {
-        put(' ');
-        putInteger(static_cast<std::uint64_t>(number));
+        char* const room = roomFor(1 + mostDigits);
+        *room = ' ';
+        taken(std::to_chars(room + 1, room + 1 + mostDigits, static_cast<std::uint64_t>(number)).ptr);
         return;
     }
     if (number == 0 && !std::signbit(number)) {
@@ -196,41 +208,44 @@ void Writer::putNumber(double number)
 
 void Writer::putInteger(std::uint64_t number)
 {
-    std::array<char, std::numeric_limits<std::uint64_t>::digits10 + 1> buffer;
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
-    put(std::string_view(buffer.data(), result.ptr));
+    char* const room = roomFor(mostDigits);
+    taken(std::to_chars(room, room + mostDigits, number).ptr);
 }
 
 void Writer::putReference(const Reference& reference)
 {
-    put(' ');
-    putInteger(reference.number);
-    put(' ');
-    putInteger(reference.generation);
-    put(" R");
+    char* end = roomFor(2 * mostDigits + 4);
+    *end++ = ' ';
+    end = std::to_chars(end, end + mostDigits, reference.number).ptr;
+    *end++ = ' ';
+    end = std::to_chars(end, end + mostDigits, reference.generation).ptr;
+    *end++ = ' ';
+    *end++ = 'R';
+    taken(end);
 }
 
 void Writer::putName(std::string_view name)
 {
     constexpr std::string_view digits = "0123456789abcdef";
+    constexpr std::size_t escapeSize = 3;
+    constexpr std::size_t mostAtOnce = 64;
 
     put('/');
-    const auto isPlain = [](char character) {
-        return isNameCharacter[static_cast<unsigned char>(character)];
-    };
-    if (std::ranges::all_of(name, isPlain)) {
-        put(name);
-        return;
-    }
-    for (const char character : name) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (isNameCharacter[byte]) {
-            put(character);
-        } else {
-            put('#');
-            put(digits[byte >> 4]);
-            put(digits[byte & 15]);
+    while (!name.empty()) {
+        const std::string_view part = name.substr(0, mostAtOnce);
+        name.remove_prefix(part.size());
+        char* end = roomFor(escapeSize * part.size());
+        for (const char character : part) {
+            const auto byte = static_cast<unsigned char>(character);
+            if (isNameCharacter[byte]) {
+                *end++ = character;
+            } else {
+                *end++ = '#';
+                *end++ = digits[byte >> 4];
+                *end++ = digits[byte & 15];
+            }
         }
+        taken(end);
     }
 }
 

@@ -38,6 +38,8 @@ private:
         const DictionaryEntry* lastEntry;
     };
 
+    char* roomFor(std::size_t size);
+    void taken(const char* end) { m_buffered = static_cast<std::size_t>(end - m_buffer.data()); }
     void put(char character);
     void put(std::string_view text);
     void putValue(const Value& value);

@@ -155,6 +155,7 @@ add_room_tests(PdfTests
     pdf/StreamDecompressionExceptionTest.cpp
     pdf/StreamSourceTest.cpp
     pdf/TrailerNotFoundExceptionTest.cpp
+    pdf/UnbuiltObjectsTest.cpp
     pdf/UnsupportedObjectStreamCompressionExceptionTest.cpp
     pdf/ValueScannerTest.cpp
     pdf/ValueTapeTest.cpp

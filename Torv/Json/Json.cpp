@@ -79,6 +79,12 @@ std::string _encodeString(std::string_view bytes)
 void appendString(std::string& out, std::string_view bytes)
 {
     out += '"';
+    appendCharacters(out, bytes);
+    out += '"';
+}
+
+void appendCharacters(std::string& out, std::string_view bytes)
+{
     while (!bytes.empty()) {
         const std::size_t plain = EightBytes::countUnmarked(bytes.data(), bytes.size(), markSpecial);
         out += bytes.substr(0, plain);
@@ -96,7 +102,6 @@ void appendString(std::string& out, std::string_view bytes)
         Encoding::appendAsUtf8(out, bytes.substr(0, size));
         bytes.remove_prefix(size);
     }
-    out += '"';
 }
 
 } // namespace Torv::Json

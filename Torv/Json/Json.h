@@ -26,6 +26,10 @@ TORV_EXPORT std::string _encodeString(std::string_view bytes);
 /// Appends what _encodeString gives.
 TORV_EXPORT void appendString(std::string& out, std::string_view bytes);
 
+/// Appends the same without the quotation marks, for a string that comes in pieces. No UTF-8 sequence may
+/// reach over the end of one.
+TORV_EXPORT void appendCharacters(std::string& out, std::string_view bytes);
+
 /// Appends the decimal digits of a number.
 template <std::integral T> void appendNumber(std::string& out, T number)
 {

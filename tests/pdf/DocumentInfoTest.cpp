@@ -47,6 +47,39 @@ TEST_F(Embedding, ReplacesAResourceByWhatItLeadsTo)
     EXPECT_EQ(resource(Null()), " null");
 }
 
+TEST_F(Embedding, BuildsWhatIsLookedUp)
+{
+    info.addEmbeddableText(1, "[1]");
+    info.addEmbeddableText(2, "1 0 R");
+    info.addEmbeddableText(3, "[3]");
+
+    EXPECT_EQ(resource(Reference{2, 0}), "[ 1]");
+    EXPECT_EQ(resource(Reference{2, 0}), "[ 1]");
+    EXPECT_EQ(resource(Reference{3, 1}), "<<>>");
+    EXPECT_EQ(contents(Reference{3, 0}), "[ 3]");
+}
+
+TEST_F(Embedding, CountsATextBeforeAnObjectUntilItIsRemoved)
+{
+    put(1, Array({Value(2.0)}));
+    info.addEmbeddableText(1, "[1]");
+
+    EXPECT_EQ(resource(Reference{1, 0}), "[ 1]");
+
+    info.removeEmbeddableText(1);
+
+    EXPECT_EQ(resource(Reference{1, 0}), "[ 2]");
+}
+
+TEST_F(Embedding, FindsLoopsOfWhatIsNotBuiltYet)
+{
+    info.addEmbeddableText(1, "2 0 R");
+    info.addEmbeddableText(2, "1 0 R");
+    Value value = Reference{1, 0};
+
+    EXPECT_THROW(info.embedResource(value), PdfParserException);
+}
+
 TEST_F(Embedding, ReplacesContentsByAnArrayAlone)
 {
     put(1, Array({Value(Reference{7, 0})}));
