@@ -27,9 +27,12 @@ const DictionaryEntry* findEntry(std::span<const DictionaryEntry> entries, std::
         const auto place = placeOf(entries, key);
         return place != entries.end() && place->key == key ? &*place : nullptr;
     }
+    // Keys of one size mostly differ in the first byte.
+    const auto isSame = [key](std::string_view other) {
+        return other.size() == key.size() && (key.empty() || (other.front() == key.front() && other == key));
+    };
     for (const DictionaryEntry& entry : entries) {
-        const std::string_view other = entry.key.view();
-        if (other.size() == key.size() && other == key)
+        if (isSame(entry.key.view()))
             return &entry;
     }
     return nullptr;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -29,6 +31,15 @@ public:
     bool tryNext();
     /// Moves by `count` bytes, of which the last one becomes `current`. Nothing for 0.
     void skip(std::uint64_t count);
+    /// Says that a skip by about `count` bytes will follow soon. The memory there is fetched meanwhile.
+    void expectSkip(std::uint64_t count) const
+    {
+        constexpr std::uint64_t cacheLine = 64;
+        const auto left = static_cast<std::uint64_t>(m_end - m_at);
+        const std::uint64_t end = count < left ? std::min(left, count + 3 * cacheLine) : 0;
+        for (std::uint64_t ahead = count; ahead < end; ahead += cacheLine)
+            __builtin_prefetch(m_at + ahead);
+    }
     /// Passes over bytes that nobody looks at; `current` is not valid until the next read.
     void pass(std::uint64_t count);
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstring>
 #include <string_view>
 #include <variant>
 
@@ -51,6 +53,12 @@ bool isResourceKey(std::string_view key)
            std::ranges::find(resourceKeys, key) != resourceKeys.end();
 }
 
+// A comparison of a size that the compiler knows takes no call.
+template <std::size_t size> bool isKey(std::string_view key, const char (&wanted)[size])
+{
+    return key.size() == size - 1 && std::memcmp(key.data(), wanted, size - 1) == 0;
+}
+
 bool isResource(const DictionaryEntry& entry)
 {
     return isResourceKey(entry.key) && !std::holds_alternative<None>(entry.value);
@@ -96,9 +104,9 @@ ObjectFacts factsOf(const ValueTape& tape)
     for (std::size_t index = 1; tape[index].kind == Token::Kind::Key; index = tape.behind(index + 1)) {
         const std::string_view key = tape.text(tape[index]);
         const Token* const value = &tape[index + 1];
-        if (facts.type == nullptr && key == "Type")
+        if (facts.type == nullptr && isKey(key, "Type"))
             facts.type = value;
-        else if (facts.length == nullptr && key == "Length")
+        else if (facts.length == nullptr && isKey(key, "Length"))
             facts.length = value;
         mayBeResources = mayBeResources || isResourceKey(key);
         if (allReferences && value->kind != Token::Kind::Reference) {

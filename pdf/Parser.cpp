@@ -239,6 +239,8 @@ Object Parser::readObject(Purpose purpose)
     m_lexer->readValue(*m_tape);
     const ObjectFacts facts = factsOf(*m_tape);
     const StreamHead head = streamHead(facts);
+    if (head.length)
+        m_lexer->expectSkip(toUnsigned32(*head.length));
     const bool isWanted = purpose == Purpose::Everything || facts.mayBeKept;
     m_valueText.clear();
     if (purpose == Purpose::Summary && isDeferred(facts, object.reference, *m_lexer, *m_tape))

@@ -116,8 +116,7 @@ void ValueTape::freeWhatIsLarge()
 
 Value ValueTape::valueAt(std::size_t index)
 {
-    const Token::Kind kind = m_tokens[index].kind;
-    if (kind == Token::Kind::OpenArray || kind == Token::Kind::OpenDictionary)
+    if (isContainer(m_tokens[index]))
         return startContainer(index);
     return scalar(m_tokens[index]);
 }
@@ -133,7 +132,12 @@ Value ValueTape::startContainer(std::size_t index)
     if (isArray) {
         ContainerNode* const node = Containers::make(ContainerNode::Kind::Array, token.size);
         Value array = Containers::array(node);
-        m_frames.push_back({node, true, index + 1, token.at, firstKey});
+        // Most arrays hold nothing that has to be filled in its turn.
+        std::size_t next = index + 1;
+        for (; next != token.at && !isContainer(m_tokens[next]); ++next, ++node->size)
+            new (node->values() + node->size) Value(scalar(m_tokens[next]));
+        if (next != token.at)
+            m_frames.push_back({node, true, next, token.at, firstKey});
         return array;
     }
     sortKeys(index);

@@ -109,6 +109,7 @@ private:
         std::size_t firstKey;
     };
 
+    static bool isContainer(const Token& token);
     Value startContainer(std::size_t index);
     void sortKeys(std::size_t open);
     Value valueAt(std::size_t index);
@@ -159,12 +160,15 @@ inline void ValueTape::close(std::size_t open, std::uint64_t count)
     add({Token::Kind::Close, 0, 0, {}});
 }
 
+inline bool ValueTape::isContainer(const Token& token)
+{
+    return token.kind == Token::Kind::OpenArray || token.kind == Token::Kind::OpenDictionary;
+}
+
 inline std::size_t ValueTape::behind(std::size_t index) const
 {
     const Token& token = m_tokens[index];
-    const bool isContainer =
-        token.kind == Token::Kind::OpenArray || token.kind == Token::Kind::OpenDictionary;
-    return (isContainer ? token.at : index) + 1;
+    return (isContainer(token) ? token.at : index) + 1;
 }
 
 } // namespace Pdf::Parser

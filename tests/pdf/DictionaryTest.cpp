@@ -32,7 +32,12 @@ TEST(Dictionary, FindsItsKeys)
 
     EXPECT_NE(dictionary.find("A"), nullptr);
     EXPECT_EQ(dictionary.find("B"), nullptr);
+    EXPECT_EQ(dictionary.find(""), nullptr);
     EXPECT_EQ(Dictionary().find("A"), nullptr);
+
+    dictionary.set("", 2.0);
+
+    EXPECT_NE(dictionary.find(""), nullptr);
 }
 
 TEST(Dictionary, ReplacesTheValueOfAKey)
