@@ -7,6 +7,7 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 #include "Torv/GenericException.h"
 #include "Torv/ScopeGuard.h"
@@ -14,25 +15,52 @@
 
 namespace Torv::IO
 {
+
+/// What the system was asked to map. Ends with itself.
+struct MemoryMappedFile::FileMapping {
+    FileMapping(int descriptor, std::int64_t mappedOffset, std::int64_t mappedSize)
+        : offset(mappedOffset), size(mappedSize),
+          address(::mmap(nullptr, static_cast<std::size_t>(size), PROT_READ, MAP_SHARED, descriptor, offset))
+    {
+    }
+    ~FileMapping()
+    {
+        if (isMapped())
+            ::munmap(address, static_cast<std::size_t>(size));
+    }
+    FileMapping(const FileMapping&) = delete;
+    FileMapping& operator=(const FileMapping&) = delete;
+
+    bool isMapped() const { return address != MAP_FAILED; }
+    const std::uint8_t* data() const { return static_cast<const std::uint8_t*>(address); }
+    bool contains(std::int64_t start, std::int64_t count) const
+    {
+        return start >= offset && start + count <= offset + size;
+    }
+
+    const std::int64_t offset;
+    const std::int64_t size;
+    void* const address;
+};
+
+/// A view that holds its mapping.
+class MemoryMappedFile::FileView : public MappedView
+{
+public:
+    FileView(std::shared_ptr<const FileMapping> mapping, std::int64_t viewOffset, std::int64_t viewSize)
+        : MappedView(mapping->data() + (viewOffset - mapping->offset), viewSize, viewOffset),
+          m_mapping(std::move(mapping))
+    {
+    }
+
+private:
+    std::shared_ptr<const FileMapping> m_mapping;
+};
+
 namespace
 {
 
 constexpr std::uint8_t noByte = 0;
-
-/// A view that ends its mapping with itself.
-class FileView : public MappedView
-{
-public:
-    FileView(void* address, std::int64_t viewSize, std::int64_t viewOffset)
-        : MappedView(static_cast<const std::uint8_t*>(address), viewSize, viewOffset), m_address(address)
-    {
-    }
-
-    ~FileView() override { ::munmap(m_address, static_cast<std::size_t>(size)); }
-
-private:
-    void* m_address;
-};
 
 [[noreturn]] void throwCannotOpen(const std::string& path, const std::string& reason)
 {
@@ -93,7 +121,7 @@ MemoryMappedFile::~MemoryMappedFile()
 
 std::shared_ptr<const MappedView> MemoryMappedFile::map(std::int64_t offset, std::uint32_t length)
 {
-    if (offset < 0)
+    if (offset < 0 || offset % alignment() != 0)
         throwCannotMap(m_path, EINVAL);
     struct stat status = {};
     if (::fstat(m_descriptor, &status) != 0)
@@ -106,13 +134,15 @@ std::shared_ptr<const MappedView> MemoryMappedFile::map(std::int64_t offset, std
         return m_view;
     }
 
-    const auto byteCount = static_cast<std::size_t>(size);
-    void* const address = ::mmap(nullptr, byteCount, PROT_READ, MAP_SHARED, m_descriptor, offset);
-    if (address == MAP_FAILED)
-        throwCannotMap(m_path, errno);
-    ScopeGuard unmapping([address, byteCount] { ::munmap(address, byteCount); });
-    m_view = std::make_shared<const FileView>(address, size, offset);
-    unmapping.disarm();
+    // A reader that gets to the end of the file asks for its last bytes once more.
+    std::shared_ptr<const FileMapping> mapping = m_mapping.lock();
+    if (mapping == nullptr || !mapping->contains(offset, size)) {
+        mapping = std::make_shared<const FileMapping>(m_descriptor, offset, size);
+        if (!mapping->isMapped())
+            throwCannotMap(m_path, errno);
+        m_mapping = mapping;
+    }
+    m_view = std::make_shared<const FileView>(std::move(mapping), offset, size);
     return m_view;
 }
 
@@ -128,7 +158,9 @@ bool MemoryMappedFile::isMapped() const
 
 std::int64_t MemoryMappedFile::alignment()
 {
-    return ::sysconf(_SC_PAGESIZE);
+    static const std::int64_t pageSize = ::sysconf(_SC_PAGESIZE);
+
+    return pageSize;
 }
 
 } // namespace Torv::IO

@@ -46,8 +46,12 @@ public:
     static std::int64_t alignment();
 
 private:
+    struct FileMapping;
+    class FileView;
+
     std::string m_path;
     int m_descriptor;
+    std::weak_ptr<const FileMapping> m_mapping; // The last one, as long as a view needs it.
     std::shared_ptr<const MappedView> m_view;
 };
 

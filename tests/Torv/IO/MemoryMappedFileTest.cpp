@@ -184,6 +184,37 @@ TEST(MemoryMappedFile, LeavesAViewReadableForWhoHoldsIt)
     EXPECT_EQ(textOf(*view), "job data");
 }
 
+TEST(MemoryMappedFile, GivesAPartOfWhatIsMappedWithoutMappingIt)
+{
+    const TemporaryDirectory directory;
+    const std::int64_t page = MemoryMappedFile::alignment();
+    const auto pageSize = static_cast<std::size_t>(page);
+    MemoryMappedFile file(
+        directory.file("job", std::string(pageSize, 'a') + std::string(pageSize, 'b') + "c"));
+    auto whole = file.map(0, 2 * static_cast<std::uint32_t>(page) + 1);
+    file.unmap();
+
+    const auto end = file.map(page, 100);
+    const std::uint8_t* const start = whole->data;
+    whole.reset();
+
+    EXPECT_EQ(end->data, start + page);
+    EXPECT_EQ(end->offset, page);
+    EXPECT_EQ(textOf(*end), std::string(100, 'b'));
+    EXPECT_EQ(textOf(*file.map(2 * page, 9)), "c");
+}
+
+TEST(MemoryMappedFile, MapsWhatReachesBeyondWhatIsMapped)
+{
+    const TemporaryDirectory directory;
+    const auto pageSize = static_cast<std::size_t>(MemoryMappedFile::alignment());
+    MemoryMappedFile file(directory.file("job", std::string(pageSize, 'a') + "b"));
+    const auto start = file.map(0, 10);
+
+    EXPECT_EQ(textOf(*file.map(0, static_cast<std::uint32_t>(pageSize) + 1)),
+              std::string(pageSize, 'a') + "b");
+}
+
 TEST(MemoryMappedFile, LetsTheMappingGoWithItsLastHolder)
 {
     const TemporaryDirectory directory;
