@@ -41,6 +41,12 @@ constexpr std::uint64_t markBelow(std::uint64_t word, std::uint8_t limit)
     return (word - filledWith(limit)) & ~word & highBits;
 }
 
+/// Marks bytes of one value, which is below 128.
+constexpr std::uint64_t markEqual(std::uint64_t word, std::uint8_t value)
+{
+    return markBelow(word ^ filledWith(value), 1);
+}
+
 /// The index of the first byte that is marked, for marks of which there is one.
 constexpr std::size_t firstMarked(std::uint64_t marks)
 {

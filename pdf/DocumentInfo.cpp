@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "pdf/PdfParserException.h"
+#include "pdf/UnbuiltObjects.h"
 
 namespace Pdf::Parser
 {
@@ -30,17 +31,30 @@ void DocumentInfo::embedContents(Value& value)
         value = end.reference;
 }
 
+void DocumentInfo::addEmbeddableText(std::uint32_t number, std::string_view text)
+{
+    if (m_unbuilt == nullptr)
+        m_unbuilt = std::make_shared<UnbuiltObjects>();
+    m_unbuilt->add(number, text);
+}
+
+void DocumentInfo::removeEmbeddableText(std::uint32_t number)
+{
+    if (m_unbuilt != nullptr)
+        m_unbuilt->remove(number);
+}
+
 void DocumentInfo::clearEmbeddable()
 {
     embeddable.clear();
-    m_unbuilt = {};
+    m_unbuilt.reset();
     m_endsOfChains.clear();
 }
 
 const Value& DocumentInfo::target(const Reference& reference)
 {
-    if (reference.generation == 0)
-        if (const Value* value = m_unbuilt.find(reference.number))
+    if (m_unbuilt != nullptr && reference.generation == 0)
+        if (const Value* value = m_unbuilt->find(reference.number))
             return *value;
     const auto place = embeddable.find(reference);
     return place != embeddable.end() ? place->second.value : nothing;
@@ -57,7 +71,7 @@ DocumentInfo::EndOfChain DocumentInfo::endOfChain(const Reference& first)
             break;
         }
         passed.push_back(end.reference);
-        if (passed.size() > embeddable.size() + m_unbuilt.size())
+        if (passed.size() > embeddable.size() + (m_unbuilt != nullptr ? m_unbuilt->size() : 0))
             throw PdfParserException("Resource references loop");
         end = {*next, &target(*next)};
     }

@@ -2,16 +2,18 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string_view>
 
 #include "JobParser/Export.h"
 #include "pdf/Object.h"
 #include "pdf/ReferenceMap.h"
-#include "pdf/UnbuiltObjects.h"
 #include "pdf/Value.h"
 
 namespace Pdf::Parser
 {
+
+class UnbuiltObjects;
 
 /// The summary of a PDF: what describes it and its pages, without any content.
 class JOBPARSER_EXPORT DocumentInfo
@@ -27,9 +29,9 @@ public:
 
     /// Adds an object of generation 0 to those that may be embedded, as its text; see UnbuiltObjects. It
     /// counts before one that stands in `embeddable`.
-    void addEmbeddableText(std::uint32_t number, std::string_view text) { m_unbuilt.add(number, text); }
+    void addEmbeddableText(std::uint32_t number, std::string_view text);
     /// Forgets such an object.
-    void removeEmbeddableText(std::uint32_t number) { m_unbuilt.remove(number); }
+    void removeEmbeddableText(std::uint32_t number);
     /// Forgets what may be embedded.
     void clearEmbeddable();
 
@@ -48,7 +50,7 @@ private:
     const Value& target(const Reference& reference);
     EndOfChain endOfChain(const Reference& first);
 
-    UnbuiltObjects m_unbuilt;
+    std::shared_ptr<UnbuiltObjects> m_unbuilt; // Null if there is none.
 
     // Where chains of references end that were followed before; they may be long, and many may use them.
     ReferenceMap<Reference> m_endsOfChains;

@@ -9,7 +9,7 @@
 #include "pdf/Numbers.h"
 #include "pdf/ObjectKeeper.h"
 #include "pdf/ObjectSorting.h"
-#include "pdf/UnbuiltObjects.h"
+#include "pdf/ValueScanner.h"
 #include "pdf/ValueTape.h"
 
 #include "Torv/Ascii.h"
@@ -27,6 +27,15 @@ void addKey(Value& value, std::string_view key)
     auto& dictionary = std::get<Dictionary>(value);
     if (dictionary.find(key) == nullptr)
         dictionary.set(key, Value());
+}
+
+// Of the text that a ValueScanner has read before.
+Value valueOf(const std::string& text)
+{
+    const auto* const begin = reinterpret_cast<const std::uint8_t*>(text.c_str());
+    ValueTape tape;
+    ValueScanner().scan(begin, begin + text.size() + 1, tape);
+    return tape.build();
 }
 
 } // namespace

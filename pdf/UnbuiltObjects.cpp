@@ -3,19 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "pdf/ValueScanner.h"
-#include "pdf/ValueTape.h"
-
 namespace Pdf::Parser
 {
-
-Value valueOf(std::string_view text)
-{
-    const auto* const begin = reinterpret_cast<const std::uint8_t*>(text.data());
-    ValueTape tape;
-    ValueScanner().scan(begin, begin + text.size() + 1, tape);
-    return tape.build();
-}
 
 void UnbuiltObjects::add(std::uint32_t number, std::string_view text)
 {
@@ -45,9 +34,17 @@ const Value* UnbuiltObjects::find(std::uint32_t number)
     Entry& entry = behind[-1];
     if (entry.number != number || !entry.isHere)
         return nullptr;
-    if (const std::size_t size = std::exchange(entry.size, 0); size != 0)
-        entry.value = valueOf(std::string_view(m_texts).substr(entry.at, size));
+    if (entry.size != 0)
+        build(entry);
     return &entry.value;
+}
+
+void UnbuiltObjects::build(Entry& entry)
+{
+    const auto* const begin = reinterpret_cast<const std::uint8_t*>(m_texts.data()) + entry.at;
+    m_scanner.scan(begin, begin + entry.size + 1, m_tape);
+    entry.value = m_tape.build();
+    entry.size = 0;
 }
 
 void UnbuiltObjects::sort()

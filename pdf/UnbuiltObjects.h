@@ -7,12 +7,11 @@
 #include <vector>
 
 #include "pdf/Value.h"
+#include "pdf/ValueScanner.h"
+#include "pdf/ValueTape.h"
 
 namespace Pdf::Parser
 {
-
-/// The value of a text that ValueScanner has read before. The byte behind the text is there, too.
-Value valueOf(std::string_view text);
 
 /// Objects that are kept as their text until somebody looks at them, since nobody looks at most. All have the
 /// generation 0. Of several under one number the last counts.
@@ -41,11 +40,14 @@ private:
     };
 
     void add(Entry&& entry);
+    void build(Entry& entry);
     void sort();
 
     std::string m_texts;          // With a byte behind each.
     std::vector<Entry> m_entries; // Of those with one number the last counts.
     bool m_isSorted = true;
+    ValueScanner m_scanner;
+    ValueTape m_tape;
 };
 
 } // namespace Pdf::Parser

@@ -96,6 +96,7 @@ private:
     LineState accept(LineState state);
     LineState seekLine();
     LineState expect(char byte, LineState next);
+    void takePlainText();
     LineState acceptInBody(std::uint8_t byte);
     LineState acceptAfterCr(std::uint8_t byte);
     LineState appendToBody(std::uint8_t byte);

@@ -4,6 +4,7 @@
 #include "JobParser/JobParserException.h"
 #include "JobParser/languages/PjlParser.h"
 
+#include "Torv/EightBytes.h"
 #include "Torv/Text.h"
 
 namespace JobParser::Pjl
@@ -69,7 +70,7 @@ Parser::LineState Parser::accept(LineState state)
     case LineState::P: return expect('P', LineState::J);
     case LineState::J: return expect('J', LineState::L);
     case LineState::L: return expect('L', LineState::Body);
-    case LineState::Body: return acceptInBody(file.getChar());
+    case LineState::Body: takePlainText(); return acceptInBody(file.getChar());
     case LineState::AfterCr: return acceptAfterCr(file.getChar());
     case LineState::Done:
     case LineState::PclBody: break;
@@ -100,6 +101,22 @@ Parser::LineState Parser::expect(char byte, LineState next)
     if (file.atEnd() || file.getChar() != static_cast<std::uint8_t>(byte))
         rejectByte();
     return next;
+}
+
+// What of the body is neither its end nor unusual, as far as the view and the longest line reach.
+void Parser::takePlainText()
+{
+    const auto window = file.window();
+    const auto bytes = window.first(std::min(window.size(), maxLine - m_text.size()));
+    const std::size_t size =
+        Torv::EightBytes::countUnmarked(bytes.data(), bytes.size(), [](std::uint64_t word) {
+            using namespace Torv::EightBytes;
+            return markBelow(word, lastControl + 1) | markEqual(word, lineStart);
+        });
+    if (size == 0)
+        return;
+    m_text.append(reinterpret_cast<const char*>(bytes.data()), size);
+    file.advancePos(static_cast<std::int64_t>(size));
 }
 
 Parser::LineState Parser::acceptInBody(std::uint8_t byte)

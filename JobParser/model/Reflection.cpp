@@ -37,7 +37,8 @@ std::string tagOf(const std::type_info& type)
 } // namespace
 
 Torv::Factory Reflection::m_factory;
-std::unordered_map<std::size_t, Reflection::ChunkClass> Reflection::m_hash2class;
+std::unordered_map<std::size_t, std::string> Reflection::m_hash2class;
+std::unordered_map<std::size_t, Reflection::JsonAppender> Reflection::m_hash2appender;
 
 void Reflection::registerChunkClass(const std::type_info& type, std::function<ChunkFactory> factory,
                                     JsonAppender appender)
@@ -45,19 +46,31 @@ void Reflection::registerChunkClass(const std::type_info& type, std::function<Ch
     const std::string tag = tagOf(type);
     if (!m_factory.add(tag, std::move(factory)))
         throw Torv::GenericException(Torv::format("Duplicate chunk class. | class=%s", type.name()));
-    if (!m_hash2class.emplace(type.hash_code(), ChunkClass{tag, appender}).second)
+    if (!m_hash2class.emplace(type.hash_code(), tag).second)
         throw Torv::GenericException(
             Torv::format("Chunk class hash already exists. | class=%s", type.name()));
+    m_hash2appender.emplace(type.hash_code(), appender);
+}
+
+template <typename Mapped>
+const Mapped& Reflection::registered(const std::unordered_map<std::size_t, Mapped>& classes,
+                                     const IChunk& chunk)
+{
+    const auto& type = typeid(chunk);
+    const auto found = classes.find(type.hash_code());
+    if (found == classes.end())
+        throw Torv::GenericException(Torv::format("Chunk class is not registered | class=%s", type.name()));
+    return found->second;
 }
 
 const std::string& Reflection::chunkClass(const IChunk& chunk)
 {
-    return registered(chunk).tag;
+    return registered(m_hash2class, chunk);
 }
 
 Reflection::JsonAppender Reflection::jsonAppender(const IChunk& chunk)
 {
-    return registered(chunk).appender;
+    return registered(m_hash2appender, chunk);
 }
 
 void Reflection::appendText(std::string& json, const IChunk& chunk, SerializationContext& context)
@@ -68,15 +81,6 @@ void Reflection::appendText(std::string& json, const IChunk& chunk, Serializatio
     if (text.size() > large)
         json.reserve(json.size() + text.size() + large);
     json += text;
-}
-
-const Reflection::ChunkClass& Reflection::registered(const IChunk& chunk)
-{
-    const auto& type = typeid(chunk);
-    const auto found = m_hash2class.find(type.hash_code());
-    if (found == m_hash2class.end())
-        throw Torv::GenericException(Torv::format("Chunk class is not registered | class=%s", type.name()));
-    return found->second;
 }
 
 const std::function<Reflection::ChunkFactory>& Reflection::factory(const std::string& tag)

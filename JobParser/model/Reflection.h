@@ -71,11 +71,6 @@ public:
     static std::string_view nameBehindChunk(std::string_view className);
 
 private:
-    struct ChunkClass {
-        std::string tag;
-        JsonAppender appender;
-    };
-
     template <typename T> static constexpr bool hasOwnAppendJson = requires
     {
         requires std::is_same_v<decltype(&T::appendJson),
@@ -90,10 +85,13 @@ private:
     }
 
     static void appendText(std::string& json, const IChunk& chunk, SerializationContext& context);
-    static const ChunkClass& registered(const IChunk& chunk);
+    template <typename Mapped>
+    static const Mapped& registered(const std::unordered_map<std::size_t, Mapped>& classes,
+                                    const IChunk& chunk);
 
     static Torv::Factory m_factory;
-    static std::unordered_map<std::size_t, ChunkClass> m_hash2class;
+    static std::unordered_map<std::size_t, std::string> m_hash2class;
+    static std::unordered_map<std::size_t, JsonAppender> m_hash2appender;
 };
 
 } // namespace JobParser

@@ -27,6 +27,13 @@ TEST(EightBytes, MarkWhatIsBelowALimit)
     EXPECT_EQ(EightBytes::firstMarked(EightBytes::markBelow(0x80FF7F80FFFFFF80, 0x80)), 5U);
 }
 
+TEST(EightBytes, MarkWhatIsOneValue)
+{
+    EXPECT_EQ(EightBytes::markEqual(0x41BFC140423F4340, 0x44), 0U);
+    EXPECT_EQ(EightBytes::firstMarked(EightBytes::markEqual(0xC0BFC13F40404141, 0x40)), 2U);
+    EXPECT_EQ(EightBytes::markEqual(0x40C0C0C0C0C0C0C0, 0x40), 0x8000000000000000U);
+}
+
 TEST(EightBytes, TellTheFirstMark)
 {
     EXPECT_EQ(EightBytes::firstMarked(0x0000000000000080), 0U);
