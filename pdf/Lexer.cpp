@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <span>
 
 #include "pdf/EndOfStreamMatcher.h"
@@ -124,26 +123,14 @@ bool Lexer::skipComment()
     }
 }
 
-bool Lexer::isMatch(std::string_view bytes)
+bool Lexer::isMatchByByte(std::string_view bytes)
 {
-    if (m_at != m_begin && m_at[-1] == current && static_cast<std::size_t>(m_end - m_at) >= bytes.size() &&
-        std::memcmp(m_at - 1, bytes.data(), bytes.size()) == 0) {
-        m_at += bytes.size();
-        current = m_at[-1];
-        return true;
-    }
     for (const char byte : bytes) {
         if (current != static_cast<std::uint8_t>(byte))
             return false;
         next();
     }
     return true;
-}
-
-void Lexer::match(std::string_view bytes)
-{
-    if (!isMatch(bytes))
-        throw expected(bytes);
 }
 
 PdfParserException Lexer::expected(std::string_view what) const

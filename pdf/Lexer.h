@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,9 +48,13 @@ public:
     /// last byte of it.
     bool ws() { return !isWsCharacter[current] || skipWhiteSpace(); }
     /// Whether the bytes from `current` on are these. Those that are go by, even if later ones are not.
-    bool isMatch(std::string_view bytes);
+    bool isMatch(std::string_view bytes) { return isMatchInWindow(bytes) || isMatchByByte(bytes); }
     /// Throws expected(bytes) unless isMatch.
-    void match(std::string_view bytes);
+    void match(std::string_view bytes)
+    {
+        if (!isMatch(bytes))
+            throw expected(bytes);
+    }
     PdfParserException expected(std::string_view what) const;
     void findNoBacktracking(std::string_view bytes);
     /// Goes to the white space behind the next `endstream`.
@@ -94,6 +99,8 @@ private:
         Done
     };
 
+    bool isMatchInWindow(std::string_view bytes);
+    bool isMatchByByte(std::string_view bytes);
     std::uint8_t nextFromSource();
     bool tryNextFromSource();
     bool adoptWindow();
@@ -142,6 +149,17 @@ inline std::uint8_t Lexer::next()
     if (m_at == m_end) [[unlikely]]
         return nextFromSource();
     return current = *m_at++;
+}
+
+// Most texts are known to the compiler, which then compares them without a call.
+inline bool Lexer::isMatchInWindow(std::string_view bytes)
+{
+    if (m_at == m_begin || m_at[-1] != current || static_cast<std::size_t>(m_end - m_at) < bytes.size() ||
+        std::memcmp(m_at - 1, bytes.data(), bytes.size()) != 0)
+        return false;
+    m_at += bytes.size();
+    current = m_at[-1];
+    return true;
 }
 
 inline bool Lexer::tryNext()

@@ -28,15 +28,27 @@ void UnbuiltObjects::add(Entry&& entry)
 const Value* UnbuiltObjects::find(std::uint32_t number)
 {
     sort();
-    const auto behind = std::ranges::upper_bound(m_entries, number, {}, &Entry::number);
-    if (behind == m_entries.begin())
+    Entry* const entry = lastOf(number);
+    if (entry == nullptr || !entry->isHere)
         return nullptr;
-    Entry& entry = behind[-1];
-    if (entry.number != number || !entry.isHere)
+    if (entry->size != 0)
+        build(*entry);
+    return &entry->value;
+}
+
+// Pages are completed in order, and what they lead to mostly stands in order, too.
+UnbuiltObjects::Entry* UnbuiltObjects::lastOf(std::uint32_t number)
+{
+    const bool isBehind = m_passed != 0 && m_entries[m_passed - 1].number > number;
+    const bool isFarAhead = m_passed + 1 < m_entries.size() && m_entries[m_passed + 1].number <= number;
+    if (isBehind || isFarAhead)
+        m_passed = static_cast<std::size_t>(std::ranges::upper_bound(m_entries, number, {}, &Entry::number) -
+                                            m_entries.begin());
+    else if (m_passed < m_entries.size() && m_entries[m_passed].number <= number)
+        ++m_passed;
+    if (m_passed == 0 || m_entries[m_passed - 1].number != number)
         return nullptr;
-    if (entry.size != 0)
-        build(entry);
-    return &entry.value;
+    return &m_entries[m_passed - 1];
 }
 
 void UnbuiltObjects::build(Entry& entry)
@@ -49,8 +61,10 @@ void UnbuiltObjects::build(Entry& entry)
 
 void UnbuiltObjects::sort()
 {
-    if (!std::exchange(m_isSorted, true))
-        std::ranges::stable_sort(m_entries, {}, &Entry::number);
+    if (std::exchange(m_isSorted, true))
+        return;
+    std::ranges::stable_sort(m_entries, {}, &Entry::number);
+    m_passed = 0;
 }
 
 } // namespace Pdf::Parser

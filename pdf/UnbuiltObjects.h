@@ -39,6 +39,7 @@ private:
         Value value;
     };
 
+    Entry* lastOf(std::uint32_t number);
     void add(Entry&& entry);
     void build(Entry& entry);
     void sort();
@@ -46,6 +47,7 @@ private:
     std::string m_texts;          // With a byte behind each.
     std::vector<Entry> m_entries; // Of those with one number the last counts.
     bool m_isSorted = true;
+    std::size_t m_passed = 0; // How many entries have no greater number than the last that was looked for.
     ValueScanner m_scanner;
     ValueTape m_tape;
 };

@@ -39,8 +39,9 @@ std::string ChunkPsComment::toJson(SerializationContext& context) const
 
 void ChunkPsComment::appendJson(std::string& json, SerializationContext&) const
 {
-    json += R"({"comment":)";
-    Torv::Json::appendString(json, comment);
+    json += R"({"comment":")";
+    Torv::Json::appendCharacters(json, comment);
+    json += '"';
     json += '}';
 }
 
