@@ -17,8 +17,10 @@
 
 #if defined(__x86_64__)
 #include <immintrin.h>
-#if __has_include(<sys/platform/x86.h>)
+// Written in a way that Clang takes in C alone.
+#if __has_include(<sys/platform/x86.h>) && !defined(__clang__)
 #include <sys/platform/x86.h>
+#define TORV_LOADER_KNOWS_PROCESSOR
 #endif
 #endif
 
@@ -367,7 +369,7 @@ std::size_t findPairOfSetsSse2(std::span<const std::uint8_t> bytes, const Nibble
 
 bool hasAvx2()
 {
-#if __has_include(<sys/platform/x86.h>)
+#ifdef TORV_LOADER_KNOWS_PROCESSOR
     // What the loader found out. To ask the processor once more is slow on virtual machines.
     return CPU_FEATURE_ACTIVE(AVX2);
 #else
