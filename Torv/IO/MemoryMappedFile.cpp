@@ -4,10 +4,15 @@
 #include <cerrno>
 #include <cstddef>
 #include <fcntl.h>
+#include <memory>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+
+#if __has_include(<sys/single_threaded.h>)
+#include <sys/single_threaded.h>
+#endif
 
 #include "Torv/GenericException.h"
 #include "Torv/ScopeGuard.h"
@@ -16,51 +21,98 @@
 namespace Torv::IO
 {
 
-/// What the system was asked to map. Ends with itself.
-struct MemoryMappedFile::FileMapping {
-    FileMapping(int descriptor, std::int64_t mappedOffset, std::int64_t mappedSize)
-        : offset(mappedOffset), size(mappedSize),
-          address(::mmap(nullptr, static_cast<std::size_t>(size), PROT_READ, MAP_SHARED, descriptor, offset))
-    {
-    }
-    ~FileMapping()
-    {
-        if (isMapped())
-            ::munmap(address, static_cast<std::size_t>(size));
-    }
-    FileMapping(const FileMapping&) = delete;
-    FileMapping& operator=(const FileMapping&) = delete;
+/// A stretch of a file that is in memory, whole.
+struct MemoryMappedFile::Stretch {
+    virtual ~Stretch() = default;
+    Stretch(const Stretch&) = delete;
+    Stretch& operator=(const Stretch&) = delete;
 
-    bool isMapped() const { return address != MAP_FAILED; }
-    const std::uint8_t* data() const { return static_cast<const std::uint8_t*>(address); }
     bool contains(std::int64_t start, std::int64_t count) const
     {
         return start >= offset && start + count <= offset + size;
     }
 
-    const std::int64_t offset;
-    const std::int64_t size;
+    std::int64_t offset;
+    std::int64_t size;
+    const std::uint8_t* data = nullptr; ///< Null if the system refused it; errno then tells why.
+
+protected:
+    Stretch(std::int64_t theOffset, std::int64_t theSize) : offset(theOffset), size(theSize) {}
+};
+
+/// Ends its mapping with itself.
+struct MemoryMappedFile::MappedStretch : Stretch {
+    MappedStretch(int descriptor, std::int64_t theOffset, std::int64_t theSize)
+        : Stretch(theOffset, theSize),
+          address(::mmap(nullptr, static_cast<std::size_t>(size), PROT_READ, MAP_SHARED, descriptor, offset))
+    {
+        if (address != MAP_FAILED)
+            data = static_cast<const std::uint8_t*>(address);
+    }
+    ~MappedStretch() override
+    {
+        if (data != nullptr)
+            ::munmap(address, static_cast<std::size_t>(size));
+    }
+
     void* const address;
 };
 
-/// A view that holds its mapping.
+/// Holds what it read, which is less than was asked for where the file ends.
+struct MemoryMappedFile::ReadStretch : Stretch {
+    ReadStretch(int descriptor, std::int64_t theOffset, std::int64_t theSize)
+        : Stretch(theOffset, theSize),
+          bytes(std::make_unique_for_overwrite<std::uint8_t[]>(static_cast<std::size_t>(theSize)))
+    {
+        std::int64_t count = 0;
+        while (count < size) {
+            const ssize_t got = ::pread(descriptor, bytes.get() + count,
+                                        static_cast<std::size_t>(size - count), offset + count);
+            if (got < 0 && errno == EINTR)
+                continue;
+            if (got < 0)
+                return;
+            if (got == 0)
+                break;
+            count += got;
+        }
+        size = count;
+        data = bytes.get();
+    }
+
+    std::unique_ptr<std::uint8_t[]> bytes;
+};
+
+/// A view that holds the stretch that it is a part of.
 class MemoryMappedFile::FileView : public MappedView
 {
 public:
-    FileView(std::shared_ptr<const FileMapping> mapping, std::int64_t viewOffset, std::int64_t viewSize)
-        : MappedView(mapping->data() + (viewOffset - mapping->offset), viewSize, viewOffset),
-          m_mapping(std::move(mapping))
+    FileView(std::shared_ptr<const Stretch> stretch, std::int64_t viewOffset, std::int64_t viewSize)
+        : MappedView(stretch->data + (viewOffset - stretch->offset), viewSize, viewOffset),
+          m_stretch(std::move(stretch))
     {
     }
 
 private:
-    std::shared_ptr<const FileMapping> m_mapping;
+    std::shared_ptr<const Stretch> m_stretch;
 };
 
 namespace
 {
 
 constexpr std::uint8_t noByte = 0;
+constexpr std::int64_t mostRead = 1024 * 1024;
+
+// The end of a mapping interrupts every processor that runs a thread of the process. That takes longer than
+// to read what is small.
+bool processHasThreads()
+{
+#if __has_include(<sys/single_threaded.h>)
+    return __libc_single_threaded == 0;
+#else
+    return true;
+#endif
+}
 
 [[noreturn]] void throwCannotOpen(const std::string& path, const std::string& reason)
 {
@@ -109,8 +161,8 @@ MappedView::MappedView(const std::uint8_t* viewData, std::int64_t viewSize, std:
 
 MappedView::~MappedView() = default;
 
-MemoryMappedFile::MemoryMappedFile(const std::string& path)
-    : m_path(path), m_descriptor(openRegularFile(m_path))
+MemoryMappedFile::MemoryMappedFile(const std::string& path, Access access)
+    : m_path(path), m_access(access), m_descriptor(openRegularFile(m_path))
 {
 }
 
@@ -135,15 +187,25 @@ std::shared_ptr<const MappedView> MemoryMappedFile::map(std::int64_t offset, std
     }
 
     // A reader that gets to the end of the file asks for its last bytes once more.
-    std::shared_ptr<const FileMapping> mapping = m_mapping.lock();
-    if (mapping == nullptr || !mapping->contains(offset, size)) {
-        mapping = std::make_shared<const FileMapping>(m_descriptor, offset, size);
-        if (!mapping->isMapped())
+    std::shared_ptr<const Stretch> stretch = m_stretch.lock();
+    if (stretch == nullptr || !stretch->contains(offset, size)) {
+        stretch = take(offset, size);
+        if (stretch->data == nullptr)
             throwCannotMap(m_path, errno);
-        m_mapping = mapping;
+        m_stretch = stretch;
     }
-    m_view = std::make_shared<const FileView>(std::move(mapping), offset, size);
+    const std::int64_t delivered = std::min(size, stretch->offset + stretch->size - offset);
+    m_view = std::make_shared<const FileView>(std::move(stretch), offset, delivered);
     return m_view;
+}
+
+std::shared_ptr<const MemoryMappedFile::Stretch> MemoryMappedFile::take(std::int64_t offset,
+                                                                        std::int64_t size) const
+{
+    const bool isRead = m_access == Access::Read || (m_access == Access::ByThreads && processHasThreads());
+    if (isRead && size <= mostRead)
+        return std::make_shared<const ReadStretch>(m_descriptor, offset, size);
+    return std::make_shared<const MappedStretch>(m_descriptor, offset, size);
 }
 
 void MemoryMappedFile::unmap()

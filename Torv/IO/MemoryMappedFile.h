@@ -28,9 +28,12 @@ struct TORV_EXPORT MappedView {
 class TORV_EXPORT MemoryMappedFile
 {
 public:
+    /// How views come into memory. Those of at most 1 MiB may be read instead of mapped.
+    enum class Access { Mapped, Read, ByThreads /**< Read if the process has threads. */ };
+
     /// Opens the file without blocking. Throws GenericException, with the path and the system's reason, if
     /// it cannot be opened or is no regular file.
-    explicit MemoryMappedFile(const std::string& path);
+    explicit MemoryMappedFile(const std::string& path, Access access = Access::ByThreads);
     virtual ~MemoryMappedFile();
     MemoryMappedFile(const MemoryMappedFile&) = delete;
     MemoryMappedFile& operator=(const MemoryMappedFile&) = delete;
@@ -46,12 +49,17 @@ public:
     static std::int64_t alignment();
 
 private:
-    struct FileMapping;
+    struct Stretch;
+    struct MappedStretch;
+    struct ReadStretch;
     class FileView;
 
+    std::shared_ptr<const Stretch> take(std::int64_t offset, std::int64_t size) const;
+
     std::string m_path;
+    Access m_access;
     int m_descriptor;
-    std::weak_ptr<const FileMapping> m_mapping; // The last one, as long as a view needs it.
+    std::weak_ptr<const Stretch> m_stretch; // The last one, as long as a view needs it.
     std::shared_ptr<const MappedView> m_view;
 };
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 #include "tests/Torv/TemporaryDirectory.h"
@@ -190,7 +191,8 @@ TEST(MemoryMappedFile, GivesAPartOfWhatIsMappedWithoutMappingIt)
     const std::int64_t page = MemoryMappedFile::alignment();
     const auto pageSize = static_cast<std::size_t>(page);
     MemoryMappedFile file(
-        directory.file("job", std::string(pageSize, 'a') + std::string(pageSize, 'b') + "c"));
+        directory.file("job", std::string(pageSize, 'a') + std::string(pageSize, 'b') + "c"),
+        MemoryMappedFile::Access::Mapped);
     auto whole = file.map(0, 2 * static_cast<std::uint32_t>(page) + 1);
     file.unmap();
 
@@ -215,10 +217,91 @@ TEST(MemoryMappedFile, MapsWhatReachesBeyondWhatIsMapped)
               std::string(pageSize, 'a') + "b");
 }
 
+namespace
+{
+
+// Whether a view shows what becomes of the file, as a mapping does.
+bool isMapping(const MappedView& view, const std::string& path)
+{
+    std::fstream(path, std::ios::in | std::ios::out | std::ios::binary) << '#';
+    return view.data[0] == '#';
+}
+
+} // namespace
+
+TEST(MemoryMappedFile, ReadsWhatIsSmallIfThatIsWanted)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.file("job", "job data");
+    MemoryMappedFile file(path, MemoryMappedFile::Access::Read);
+
+    const auto view = file.map(0, 100);
+
+    EXPECT_EQ(textOf(*view), "job data");
+    EXPECT_EQ(view->offset, 0);
+    EXPECT_FALSE(isMapping(*view, path));
+    EXPECT_EQ(textOf(*view), "job data");
+}
+
+TEST(MemoryMappedFile, ReadsNoMoreThanAMebibyte)
+{
+    constexpr std::size_t most = 1024 * 1024;
+    const TemporaryDirectory directory;
+    const std::string path = directory.file("job", std::string(most + 1, 'x'));
+    MemoryMappedFile file(path, MemoryMappedFile::Access::Read);
+
+    EXPECT_FALSE(isMapping(*file.map(0, most), path));
+    EXPECT_TRUE(isMapping(*file.map(0, most + 1), path));
+}
+
+TEST(MemoryMappedFile, GivesAPartOfWhatWasRead)
+{
+    const TemporaryDirectory directory;
+    const std::int64_t page = MemoryMappedFile::alignment();
+    const auto pageSize = static_cast<std::size_t>(page);
+    MemoryMappedFile file(directory.file("job", std::string(pageSize, 'a') + "bc"),
+                          MemoryMappedFile::Access::Read);
+    auto whole = file.map(0, 2 * static_cast<std::uint32_t>(page));
+
+    const auto end = file.map(page, 100);
+    const std::uint8_t* const start = whole->data;
+    whole.reset();
+
+    EXPECT_EQ(end->data, start + page);
+    EXPECT_EQ(textOf(*end), "bc");
+    EXPECT_EQ(file.map(2 * page, 9)->size, 0);
+}
+
+TEST(MemoryMappedFile, KeepsWhatWasReadOfAFileThatIsCutShort)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.file("job", "job data");
+    MemoryMappedFile file(path, MemoryMappedFile::Access::Read);
+    const auto view = file.map(0, 8);
+
+    ASSERT_EQ(::truncate(path.c_str(), 0), 0);
+
+    EXPECT_EQ(textOf(*view), "job data");
+    EXPECT_EQ(file.map(0, 8)->size, 0);
+}
+
+TEST(MemoryMappedFile, ReadsOrMapsByTheThreadsOfTheProcess)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.file("job", "job data");
+    MemoryMappedFile inThread(path);
+    MemoryMappedFile mapped(path, MemoryMappedFile::Access::Mapped);
+
+    std::thread([&] {
+        EXPECT_FALSE(isMapping(*inThread.map(0, 8), path));
+        EXPECT_TRUE(isMapping(*mapped.map(0, 8), path));
+    }).join();
+}
+
 TEST(MemoryMappedFile, LetsTheMappingGoWithItsLastHolder)
 {
     const TemporaryDirectory directory;
-    MemoryMappedFile file(directory.file("job", "job data"));
+    MemoryMappedFile file(directory.file("job", "job data"), MemoryMappedFile::Access::Mapped);
     const auto isMappedAt = [](const void* address) {
         unsigned char resident = 0;
         const auto page = static_cast<std::size_t>(MemoryMappedFile::alignment());
