@@ -101,10 +101,7 @@ namespace
 {
 
 constexpr std::uint8_t noByte = 0;
-constexpr std::int64_t mostRead = 1024 * 1024;
 
-// The end of a mapping interrupts every processor that runs a thread of the process. That takes longer than
-// to read what is small.
 bool processHasThreads()
 {
 #if __has_include(<sys/single_threaded.h>)
@@ -112,6 +109,20 @@ bool processHasThreads()
 #else
     return true;
 #endif
+}
+
+// To map costs a few calls and faults, and the end of a mapping interrupts every processor that runs a thread
+// of the process. That takes longer than to read what is small.
+std::int64_t mostRead(MemoryMappedFile::Access access)
+{
+    constexpr std::int64_t kibibyte = 1024;
+
+    switch (access) {
+    case MemoryMappedFile::Access::Mapped: return 0;
+    case MemoryMappedFile::Access::Read: return 1024 * kibibyte;
+    case MemoryMappedFile::Access::Automatic: break;
+    }
+    return processHasThreads() ? 1024 * kibibyte : 64 * kibibyte;
 }
 
 [[noreturn]] void throwCannotOpen(const std::string& path, const std::string& reason)
@@ -202,8 +213,7 @@ std::shared_ptr<const MappedView> MemoryMappedFile::map(std::int64_t offset, std
 std::shared_ptr<const MemoryMappedFile::Stretch> MemoryMappedFile::take(std::int64_t offset,
                                                                         std::int64_t size) const
 {
-    const bool isRead = m_access == Access::Read || (m_access == Access::ByThreads && processHasThreads());
-    if (isRead && size <= mostRead)
+    if (size <= mostRead(m_access))
         return std::make_shared<const ReadStretch>(m_descriptor, offset, size);
     return std::make_shared<const MappedStretch>(m_descriptor, offset, size);
 }

@@ -28,12 +28,13 @@ struct TORV_EXPORT MappedView {
 class TORV_EXPORT MemoryMappedFile
 {
 public:
-    /// How views come into memory. Those of at most 1 MiB may be read instead of mapped.
-    enum class Access { Mapped, Read, ByThreads /**< Read if the process has threads. */ };
+    /// How views come into memory. Small ones may be read instead of mapped: of up to 1 MiB, and where it is
+    /// automatic of up to 64 KiB, as long as the process has no threads.
+    enum class Access { Automatic, Mapped, Read };
 
     /// Opens the file without blocking. Throws GenericException, with the path and the system's reason, if
     /// it cannot be opened or is no regular file.
-    explicit MemoryMappedFile(const std::string& path, Access access = Access::ByThreads);
+    explicit MemoryMappedFile(const std::string& path, Access access = Access::Automatic);
     virtual ~MemoryMappedFile();
     MemoryMappedFile(const MemoryMappedFile&) = delete;
     MemoryMappedFile& operator=(const MemoryMappedFile&) = delete;

@@ -285,16 +285,27 @@ TEST(MemoryMappedFile, KeepsWhatWasReadOfAFileThatIsCutShort)
     EXPECT_EQ(file.map(0, 8)->size, 0);
 }
 
-TEST(MemoryMappedFile, ReadsOrMapsByTheThreadsOfTheProcess)
+TEST(MemoryMappedFile, ReadsWhatIsSmallByItself)
 {
     const TemporaryDirectory directory;
-    const std::string path = directory.file("job", "job data");
-    MemoryMappedFile inThread(path);
+    const std::string path = directory.file("job", std::string(65536, 'x'));
+    MemoryMappedFile file(path);
     MemoryMappedFile mapped(path, MemoryMappedFile::Access::Mapped);
 
+    EXPECT_FALSE(isMapping(*file.map(0, 65536), path));
+    EXPECT_TRUE(isMapping(*mapped.map(0, 65536), path));
+}
+
+TEST(MemoryMappedFile, ReadsMoreWhereTheProcessHasThreads)
+{
+    constexpr std::size_t most = 1024 * 1024;
+    const TemporaryDirectory directory;
+    const std::string path = directory.file("job", std::string(most + 1, 'x'));
+    MemoryMappedFile file(path);
+
     std::thread([&] {
-        EXPECT_FALSE(isMapping(*inThread.map(0, 8), path));
-        EXPECT_TRUE(isMapping(*mapped.map(0, 8), path));
+        EXPECT_FALSE(isMapping(*file.map(0, most), path));
+        EXPECT_TRUE(isMapping(*file.map(0, most + 1), path));
     }).join();
 }
 
