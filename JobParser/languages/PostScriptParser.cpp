@@ -18,6 +18,7 @@
 #include "JobParser/languages/PrescribeParser.h"
 #include "JobParser/model/ChunkRawData.h"
 
+#include "Torv/Ascii.h"
 #include "Torv/BytePairs.h"
 #include "Torv/EightBytes.h"
 #include "Torv/Text.h"
@@ -248,7 +249,8 @@ PsToken Parser::commentBody()
 {
     for (;;) {
         const std::size_t space = takeCommentText();
-        if (comment.starts_with(prescribeComment)) {
+        if (comment.size() > 2 && comment[2] == prescribeComment[2] &&
+            comment.starts_with(prescribeComment)) {
             file.returnChar(
                 static_cast<std::int64_t>(comment.size() - prescribeComment.size() + prescribeStart.size()));
             comment = prescribeComment;
@@ -322,6 +324,10 @@ void Parser::parseComment(JobInfo& info)
     constexpr std::string_view featureEnd = "%%EndFeature";
     constexpr std::string_view featureStart = "%%BeginFeature: ";
 
+    // The first letter of the keyword tells most comments from the two.
+    const std::uint8_t letter = comment.size() > 2 ? static_cast<std::uint8_t>(comment[2]) : std::uint8_t{0};
+    if (Torv::Ascii::toLower(letter) != 'e' && Torv::Ascii::toLower(letter) != 'b')
+        return;
     if (Torv::istartsWith(comment, featureEnd))
         endFeature(info);
     else if (Torv::istartsWith(comment, featureStart))
