@@ -144,30 +144,32 @@ private:
     BytePair m_pair;
 };
 
+/// The sets outlive it. It does not copy them: a vector that is loaded from bytes just written waits for
+/// them.
 class PairOfSetsMatcher
 {
 public:
     PairOfSetsMatcher(const NibbleSet& firsts, const NibbleSet& seconds)
-        : m_firsts(firsts), m_seconds(seconds)
+        : m_firsts(&firsts), m_seconds(&seconds)
     {
     }
 
-    bool mayHit(std::uint8_t last) const { return m_firsts.contains(last); }
+    bool mayHit(std::uint8_t last) const { return m_firsts->contains(last); }
 
     bool hits(std::uint8_t current, std::uint8_t next) const
     {
-        return m_seconds.contains(next) && m_firsts.contains(current);
+        return m_seconds->contains(next) && m_firsts->contains(current);
     }
 
 #if defined(__x86_64__)
     [[gnu::always_inline]] __m128i hits(__m128i current, __m128i next) const
     {
-        return within(current, m_firsts) & within(next, m_seconds);
+        return within(current, *m_firsts) & within(next, *m_seconds);
     }
 
     [[TORV_AVX2, gnu::always_inline]] __m256i hits(__m256i current, __m256i next) const
     {
-        return within(current, m_firsts) & within(next, m_seconds);
+        return within(current, *m_firsts) & within(next, *m_seconds);
     }
 #endif
 
@@ -188,8 +190,8 @@ private:
     }
 #endif
 
-    NibbleSet m_firsts;
-    NibbleSet m_seconds;
+    const NibbleSet* m_firsts;
+    const NibbleSet* m_seconds;
 };
 
 /// Each of the rounds looks at `places` places and reads one byte more. They give the first place that is
@@ -235,11 +237,27 @@ template <typename Matcher>
     return static_cast<unsigned>(_mm_movemask_epi8(hits));
 }
 
+/// What is hit in four vectors at once.
+struct RoundOf64 {
+    __m128i hits[4];
+
+    bool any() const { return maskOf(hits[0] | hits[1] | hits[2] | hits[3]) != 0; }
+
+    /// The first place that is hit, of a round where there is one.
+    std::size_t first() const
+    {
+        return static_cast<std::size_t>(std::countr_zero(mask(0) | mask(1) | mask(2) | mask(3)));
+    }
+
+private:
+    std::uint64_t mask(std::size_t part) const { return std::uint64_t(maskOf(hits[part])) << 16 * part; }
+};
+
 template <typename Matcher>
-[[gnu::always_inline]] inline bool hitsRoundOf64(const std::uint8_t* place, const Matcher& matcher)
+[[gnu::always_inline]] inline RoundOf64 roundOf64(const std::uint8_t* place, const Matcher& matcher)
 {
-    return maskOf(hits16(place, matcher) | hits16(place + 16, matcher) | hits16(place + 32, matcher) |
-                  hits16(place + 48, matcher)) != 0;
+    return {{hits16(place, matcher), hits16(place + 16, matcher), hits16(place + 32, matcher),
+             hits16(place + 48, matcher)}};
 }
 
 template <typename Matcher>
@@ -255,11 +273,12 @@ std::size_t scanSse2(const std::uint8_t* data, std::size_t places, Matcher match
     std::size_t at = bytesToAligned(data, width);
     for (; places - at >= round + prefetchDistance; at += round) {
         prefetch<round>(data + at + prefetchDistance);
-        if (hitsRoundOf64(data + at, matcher))
-            break;
+        if (const RoundOf64 hits = roundOf64(data + at, matcher); hits.any())
+            return at + hits.first();
     }
-    while (places - at >= round && !hitsRoundOf64(data + at, matcher))
-        at += round;
+    for (; places - at >= round; at += round)
+        if (const RoundOf64 hits = roundOf64(data + at, matcher); hits.any())
+            return at + hits.first();
     for (at = std::min(at, places - width);; at = std::min(at + width, places - width)) {
         const unsigned mask = maskOf(hits16(data + at, matcher));
         if (mask != 0)
@@ -281,12 +300,33 @@ template <typename Matcher>
     return static_cast<unsigned>(_mm256_movemask_epi8(hits));
 }
 
+/// What is hit in four vectors at once.
+struct RoundOf128 {
+    __m256i hits[4];
+
+    [[TORV_AVX2, gnu::always_inline]] bool any() const
+    {
+        return maskOf(hits[0] | hits[1] | hits[2] | hits[3]) != 0;
+    }
+
+    /// The first place that is hit, of a round where there is one. Half of the time that is in either half of
+    /// the round, so that no branch is taken by it.
+    [[TORV_AVX2, gnu::always_inline]] std::size_t first() const
+    {
+        const std::uint64_t low = std::uint64_t(maskOf(hits[1])) << 32 | maskOf(hits[0]);
+        const std::uint64_t high = std::uint64_t(maskOf(hits[3])) << 32 | maskOf(hits[2]);
+        const std::size_t inLow = static_cast<std::size_t>(std::countr_zero(low));
+        const std::size_t inHigh = static_cast<std::size_t>(std::countr_zero(high)) + 64;
+        return low != 0 ? inLow : inHigh;
+    }
+};
+
 template <typename Matcher>
-[[TORV_AVX2, gnu::always_inline]] inline bool hitsRoundOf128(const std::uint8_t* place,
-                                                             const Matcher& matcher)
+[[TORV_AVX2, gnu::always_inline]] inline RoundOf128 roundOf128(const std::uint8_t* place,
+                                                               const Matcher& matcher)
 {
-    return maskOf(hits32(place, matcher) | hits32(place + 32, matcher) | hits32(place + 64, matcher) |
-                  hits32(place + 96, matcher)) != 0;
+    return {{hits32(place, matcher), hits32(place + 32, matcher), hits32(place + 64, matcher),
+             hits32(place + 96, matcher)}};
 }
 
 template <typename Matcher>
@@ -302,11 +342,12 @@ template <typename Matcher>
     std::size_t at = bytesToAligned(data, width);
     for (; places - at >= round + prefetchDistance; at += round) {
         prefetch<round>(data + at + prefetchDistance);
-        if (hitsRoundOf128(data + at, matcher))
-            break;
+        if (const RoundOf128 hits = roundOf128(data + at, matcher); hits.any())
+            return at + hits.first();
     }
-    while (places - at >= round && !hitsRoundOf128(data + at, matcher))
-        at += round;
+    for (; places - at >= round; at += round)
+        if (const RoundOf128 hits = roundOf128(data + at, matcher); hits.any())
+            return at + hits.first();
     for (at = std::min(at, places - width);; at = std::min(at + width, places - width)) {
         const unsigned mask = maskOf(hits32(data + at, matcher));
         if (mask != 0)
