@@ -67,6 +67,14 @@ bool mayBeginToken(std::span<const std::uint8_t> bytes)
     return tokenStarts.contains(bytes[1]) || bytes[1] == 'M';
 }
 
+// How many bytes from the first on can stand in the text of a comment.
+std::size_t countText(std::span<const std::uint8_t> bytes)
+{
+    return Torv::EightBytes::countUnmarked(bytes.data(), bytes.size(), [](std::uint64_t word) {
+        return Torv::EightBytes::markBelow(word, firstPrintable);
+    });
+}
+
 [[noreturn]] void failAtEnd()
 {
     throw JobParserException("GetPSToken(): Unexpected end of file");
@@ -206,6 +214,8 @@ PsToken Parser::getPsToken()
         file.returnChar(static_cast<std::int64_t>(uel.size()));
         return PsToken::Uel;
     }
+    if (takeComment())
+        return PsToken::Comment;
     const std::uint8_t byte = file.getChar();
     switch (byte) {
     case binaryStart: return control();
@@ -218,6 +228,24 @@ PsToken Parser::getPsToken()
         return percent();
     default: toFeature(static_cast<char>(byte)); return skip();
     }
+}
+
+// Nearly all comments lie in the view as a whole, with another byte behind their line ends, and are taken at
+// once. False, with nothing taken, for all else.
+bool Parser::takeComment()
+{
+    const auto bytes = file.window();
+    if (bytes.size() < 3 || bytes[0] != '%' || bytes[1] != '%' || bytes[2] == '!')
+        return false;
+    const std::size_t textEnd = countText(bytes.first(std::min(bytes.size(), longestComment)));
+    std::size_t end = textEnd;
+    while (end < bytes.size() && isLineEnd(bytes[end]))
+        ++end;
+    if (end == textEnd || end > longestCommentLine || end == bytes.size())
+        return false;
+    comment.assign(reinterpret_cast<const char*>(bytes.data()), end);
+    file.advancePos(static_cast<std::int64_t>(end));
+    return true;
 }
 
 // Behind a byte 1.
@@ -274,10 +302,7 @@ std::size_t Parser::takeCommentText()
 {
     const auto window = file.window();
     const auto bytes = window.first(std::min(window.size(), longestComment - comment.size()));
-    const std::size_t size =
-        Torv::EightBytes::countUnmarked(bytes.data(), bytes.size(), [](std::uint64_t word) {
-            return Torv::EightBytes::markBelow(word, firstPrintable);
-        });
+    const std::size_t size = countText(bytes);
     comment.append(reinterpret_cast<const char*>(bytes.data()), size);
     if (size != 0)
         file.advancePos(static_cast<std::int64_t>(size));

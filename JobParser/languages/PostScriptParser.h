@@ -85,6 +85,7 @@ private:
     PsToken skip();
     PsToken lineEnd();
 
+    bool takeComment();
     std::size_t takeCommentText();
     void skipLines();
     void beginFeature(std::string_view text, JobInfo& info);

@@ -37,22 +37,16 @@ bool isBeyondAscii(char character)
     return static_cast<std::uint8_t>(character) >= 0x80;
 }
 
-void appendPair(std::string& out, char first, char second)
-{
-    out += first;
-    out += second;
-}
-
 void appendEscape(std::string& out, char byte)
 {
     switch (byte) {
-    case '"': appendPair(out, '\\', '"'); break;
-    case '\\': appendPair(out, '\\', '\\'); break;
-    case '\b': appendPair(out, '\\', 'b'); break;
-    case '\f': appendPair(out, '\\', 'f'); break;
-    case '\n': appendPair(out, '\\', 'n'); break;
-    case '\r': appendPair(out, '\\', 'r'); break;
-    case '\t': appendPair(out, '\\', 't'); break;
+    case '"': out += "\\\""; break;
+    case '\\': out += "\\\\"; break;
+    case '\b': out += "\\b"; break;
+    case '\f': out += "\\f"; break;
+    case '\n': out += "\\n"; break;
+    case '\r': out += "\\r"; break;
+    case '\t': out += "\\t"; break;
     default:
         const auto value = static_cast<std::uint8_t>(byte);
         out += "\\u00";
