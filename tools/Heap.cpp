@@ -48,10 +48,17 @@ void prepareHeap(std::int64_t jobSize)
     auto* const end = static_cast<char*>(sbrk(0));
     // Where memory is scarce the next small step may still be had.
     mallopt(M_TOP_PAD, usualStep);
-    auto* const usual = start + usualHeap;
-    auto* const large = usual + (largePage - reinterpret_cast<std::uintptr_t>(usual) % largePage) % largePage;
-    if (large < end)
-        madvise(large, static_cast<std::size_t>(end - large), MADV_HUGEPAGE);
+    const std::size_t gap =
+        (largePage - reinterpret_cast<std::uintptr_t>(start + usualHeap) % largePage) % largePage;
+    auto* const large = start + usualHeap + gap;
+    if (large >= end)
+        return;
+    madvise(large, static_cast<std::size_t>(end - large), MADV_HUGEPAGE);
+    // Large pages begin where the system lets them. Memory that is taken and never touched lets what is
+    // needed in any case end there.
+    static void* volatile untouched = nullptr;
+    if (untouched == nullptr)
+        untouched = std::malloc(gap);
 #endif
 }
 

@@ -28,11 +28,26 @@ RAW = b"neither a language nor a wrapper"
 DONE, FAILED, WRONG, NOT_PARSED = 0, 1, 2, 3
 
 
-def limit_data(size):
-    """Bounds the heap of a tool that is not built with sanitizers, which need terabytes."""
+def has_sanitizers():
+    """Whether the tool is built with them. They have a heap of their own, and need terabytes."""
     with open(TOOL, "rb") as file:
-        if b"__asan_init" not in file.read():
-            resource.setrlimit(resource.RLIMIT_DATA, (size, size))
+        return b"__asan_init" in file.read()
+
+
+def limit_data(size):
+    """Bounds the heap."""
+    if not has_sanitizers():
+        resource.setrlimit(resource.RLIMIT_DATA, (size, size))
+
+
+def heap_parts(process):
+    """The mappings of the heap in ascending order: (start, bytes in memory, flags)."""
+    parts = []
+    for text in re.split(r"\n(?=[0-9a-f]+-[0-9a-f]+ )", pathlib.Path(f"/proc/{process.pid}/smaps").read_text()):
+        if "[heap]" in text:
+            rows = dict(line.split(":", 1) for line in text.splitlines()[1:])
+            parts.append((int(text.split("-")[0], 16), int(rows["Rss"].split()[0]) * 1024, rows["VmFlags"].split()))
+    return parts
 
 
 class ToolTest(unittest.TestCase):
@@ -235,6 +250,24 @@ class Check(ToolTest):
         text = self.output("check", "job", preexec_fn=lambda: limit_data(12 * 1024 * 1024))
 
         self.assertEqual(text, b"ok: 5001 chunks, 11030005 bytes\n")
+
+    @unittest.skipIf(has_sanitizers(), "the heap is not the system's")
+    @unittest.skipUnless(os.path.exists("/sys/kernel/mm/transparent_hugepage"), "the system has no large pages")
+    def test_keeps_many_chunks_on_large_pages(self):
+        self.file("job", b"%!PS\n" + (b"%%Page: 1 1\n" + b"0 0 moveto\n" * 40) * 25000)
+
+        with subprocess.Popen([TOOL, "meta", "--no-worker", "job"], cwd=self.folder, stdout=subprocess.PIPE) as tool:
+            # What is not read keeps the tool waiting, with its chunks made.
+            tool.stdout.read(1)
+            small, large = heap_parts(tool)
+            tool.stdout.read()
+
+        self.assertEqual(tool.returncode, DONE)
+        self.assertNotIn("hg", small[2])
+        self.assertLessEqual(small[1], 768 * 1024)
+        self.assertEqual(large[0] % (2 * 1024 * 1024), 0)
+        self.assertIn("hg", large[2])
+        self.assertGreater(large[1], 2 * 1024 * 1024)
 
     def test_fails_for_metadata_of_another_job(self):
         self.file("job", RAW)
