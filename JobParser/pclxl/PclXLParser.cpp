@@ -63,8 +63,8 @@ constexpr std::array<bool, 256> plainOperators = makePlainOperators();
 constexpr auto idTag = static_cast<std::uint8_t>(tag_t::AttributeId);
 constexpr auto wideIdTag = static_cast<std::uint8_t>(tag_t::AttributeIdWide);
 
-/// More bytes than a tag, the length of an array, the longest value with a size of its own and an identifier
-/// have together.
+/// More bytes than a tag, the length of an array, the longest value with a size of its own, an identifier and
+/// an operator have together.
 constexpr std::ptrdiff_t plainMargin = 128;
 
 /// Passes a value of `size` bytes, its tag included, and the identifier behind it. False, with nothing
@@ -138,8 +138,6 @@ Passed passPlain(std::span<const std::uint8_t> bytes)
         const std::uint8_t tag = *at;
         if (tag == 0xC8 && at[1] == 0xC0) { // a text of up to 255 characters
             plain = at[2] < last - at && passValue(at, 3 + std::ptrdiff_t{at[2]});
-        } else if (plainOperators[tag]) {
-            behindOperator = ++at;
         } else if (tag == 0xD1 || tag == 0xD3) { // a point
             plain = passValue(at, 5);
         } else if (tag == 0xC0) { // a byte
@@ -148,9 +146,14 @@ Passed passPlain(std::span<const std::uint8_t> bytes)
             plain = passValue(at, 3);
         } else if (tag == 0xE1 || tag == 0xE3) { // a box
             plain = passValue(at, 9);
+        } else if (plainOperators[tag]) {
+            behindOperator = ++at;
         } else {
             plain = passRare(at, last);
         }
+        // Most operators stand behind one value or two.
+        if (plain && plainOperators[*at])
+            behindOperator = ++at;
     }
     return {at - bytes.data(), behindOperator - bytes.data()};
 }
