@@ -20,14 +20,16 @@
 #include "tests/corpus/PjlRewriting.h"
 #include "tests/corpus/RealJobs.h"
 #include "tests/corpus/RecordFacts.h"
+#include "tests/support/WholeJobs.h"
 
-#include "Torv/IO/StringStream.h"
 #include "Torv/Json/Json.h"
 #include "Torv/Log/LogNull.h"
 #include "Torv/Text.h"
 
 namespace
 {
+
+using WholeJobs::saved;
 
 // The jobs whose PJL is not written as saving writes it, with the bytes by which that changes their length.
 // All other jobs come back byte for byte.
@@ -252,13 +254,6 @@ struct ParsedJob {
     JobParser::JobFile& file;
     const JobParser::JobParserResult& result;
 };
-
-std::string saved(const JobParser::Job& job, JobParser::JobFile& file)
-{
-    Torv::IO::StringStream stream;
-    job.save(file, stream);
-    return stream.str();
-}
 
 auto findDifference(std::string_view file, std::string_view fact)
 {

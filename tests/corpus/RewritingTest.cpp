@@ -15,8 +15,8 @@
 #include "JobParser/model/ChunkUel.h"
 #include "tests/corpus/RealJobs.h"
 #include "tests/support/OpenJob.h"
+#include "tests/support/WholeJobs.h"
 
-#include "Torv/IO/StringStream.h"
 #include "Torv/Log/LogNull.h"
 #include "Torv/Text.h"
 
@@ -25,6 +25,7 @@ namespace
 
 using JobParser::Job;
 using JobParser::JobInfo;
+using WholeJobs::saved;
 using Lines = std::vector<std::string>;
 
 std::shared_ptr<JobParser::JobParserResult> parsed(JobParser::JobFile& file, const std::string& path)
@@ -32,13 +33,6 @@ std::shared_ptr<JobParser::JobParserResult> parsed(JobParser::JobFile& file, con
     JobParser::Parser parser(std::make_shared<Torv::Log::LogNull>(), JobParser::paperList, false);
     file.open(path);
     return parser.parse(file, {JobParser::Pdl::Detect, true, true});
-}
-
-std::string saved(const Job& job, JobParser::JobFile& file)
-{
-    Torv::IO::StringStream stream;
-    job.save(file, stream);
-    return stream.str();
 }
 
 template <typename Chunk> int count(const Job& job)

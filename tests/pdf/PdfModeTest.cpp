@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "JobParser/Library.h"
-#include "JobParser/Parser.h"
 #include "JobParser/model/ChunkRawData.h"
 #include "JobParser/model/GlobalParser.h"
 #include "pdf/ChunkPdfDocumentInfo.h"
@@ -12,11 +11,9 @@
 #include "tests/pdf/PdfSupport.h"
 #include "tests/support/OpenJob.h"
 #include "tests/support/SparseFile.h"
+#include "tests/support/WholeJobs.h"
 
-#include "Torv/IO/StringStream.h"
 #include "Torv/Json/Json.h"
-#include "Torv/Log/LogNull.h"
-#include "Torv/Log/LogString.h"
 
 namespace JobParser
 {
@@ -26,6 +23,8 @@ namespace
 using namespace std::string_literals;
 using Pdf::onePage;
 using Pdf::PdfBytes;
+using WholeJobs::dumped;
+using WholeJobs::saved;
 
 PdfBytes wholePdf(std::string_view entries = "")
 {
@@ -55,24 +54,9 @@ std::string pdfMode(const std::string& bytes)
     return pdfMode(job);
 }
 
-std::shared_ptr<JobParserResult> parse(OpenJob& job, bool allowRestrictedPdf, Pdl pdl = Pdl::Detect)
+std::shared_ptr<JobParserResult> parse(OpenJob& job, bool allowRestrictedPdf)
 {
-    return Parser(std::make_shared<Torv::Log::LogNull>(), job.papers, false)
-        .parse(job.file, {pdl, true, allowRestrictedPdf});
-}
-
-std::string dumped(const Job& job)
-{
-    Torv::Log::LogString log;
-    job.dump(log);
-    return log.getAndClear();
-}
-
-std::string saved(const Job& job, JobFile& file)
-{
-    Torv::IO::StringStream stream;
-    job.save(file, stream);
-    return stream.str();
+    return WholeJobs::parse(job, {Pdl::Detect, true, allowRestrictedPdf});
 }
 
 TEST(PdfMode, TakesAPdfUpToTheEndOfTheFile)

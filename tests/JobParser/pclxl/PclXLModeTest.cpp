@@ -3,7 +3,6 @@
 
 #include "JobParser/JobParserException.h"
 #include "JobParser/Library.h"
-#include "JobParser/Parser.h"
 #include "JobParser/languages/ChunkPrescribe.h"
 #include "JobParser/model/ChunkRawData.h"
 #include "JobParser/model/ChunkUel.h"
@@ -12,10 +11,9 @@
 #include "tests/support/OpenJob.h"
 #include "tests/support/PclXlBytes.h"
 #include "tests/support/ThrowingAssertions.h"
+#include "tests/support/WholeJobs.h"
 
-#include "Torv/IO/StringStream.h"
 #include "Torv/Json/Json.h"
-#include "Torv/Log/LogNull.h"
 #include "Torv/Variant.h"
 
 namespace JobParser
@@ -24,6 +22,8 @@ namespace
 {
 
 using namespace std::string_view_literals;
+using WholeJobs::parse;
+using WholeJobs::saved;
 
 constexpr int beginPage = 67;
 constexpr int endPage = 68;
@@ -345,20 +345,6 @@ TEST(PclXLMode, WrapsWhatIsNoException)
 
 // --- Whole jobs
 
-std::shared_ptr<JobParserResult> parse(OpenJob& job)
-{
-    Library::init({});
-    return Parser(std::make_shared<Torv::Log::LogNull>(), job.papers, false)
-        .parse(job.file, {Pdl::Detect, true, true});
-}
-
-std::string saved(const Job& job, JobFile& file)
-{
-    Torv::IO::StringStream stream;
-    job.save(file, stream);
-    return stream.str();
-}
-
 std::string goodStream()
 {
     return PclXlBytes()
@@ -437,6 +423,7 @@ TEST(PclXLMode, ReadsAJobByItsFirstBytes)
 
 TEST(PclXLMode, MakesAJobAgainFromItsMetadata)
 {
+    Library::init({});
     OpenJob job(goodStream());
     const auto result = parse(job);
     const std::string metadata = result->job->toJson();
