@@ -48,7 +48,10 @@ add_room_tests(TorvTests
 
 add_room_tests(PaperTests
     JobParser/paper/EMediaSizeTest.cpp
+    JobParser/paper/PaperSizeManagerConfigTest.cpp
+    JobParser/paper/PaperSizeManagerGeometryTest.cpp
     JobParser/paper/PaperSizeManagerTest.cpp
+    JobParser/paper/PaperSizeManagerThreadsTest.cpp
     JobParser/paper/PaperUtilsTest.cpp
     JobParser/paper/PclXlUtilsTest.cpp)
 
