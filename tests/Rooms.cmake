@@ -98,7 +98,11 @@ add_room_tests(LanguagesTests
 
 add_room_tests(XpsTests
     JobParser/xps/ChunkXpsTest.cpp
+    JobParser/xps/XpsJobTest.cpp
+    JobParser/xps/XpsModeTest.cpp
+    JobParser/xps/XpsParserCallbacksTest.cpp
     JobParser/xps/XpsParserTest.cpp
+    JobParser/xps/XpsParserWalkTest.cpp
     JobParser/xps/XpsTicketTest.cpp)
 
 add_room_tests(PclXlTests

@@ -1,25 +1,18 @@
 #include "JobParser/xps/XpsParser.h"
 
-#include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <gtest/gtest.h>
-#include <memory>
-#include <minizip/unzip.h>
-#include <random>
 #include <string>
-#include <string_view>
 #include <sys/resource.h>
 
 #include "JobParser/JobParserException.h"
-#include "JobParser/Parser.h"
-#include "JobParser/model/GlobalParser.h"
-#include "JobParser/xps/ChunkXps.h"
+#include "tests/JobParser/xps/XpsSupport.h"
 #include "tests/support/OpenJob.h"
 #include "tests/support/SparseFile.h"
 #include "tests/support/ZipBytes.h"
 
-#include "Torv/IO/StringStream.h"
-#include "Torv/Log/LogNull.h"
+#include "Torv/GenericException.h"
 
 namespace JobParser
 {
@@ -27,35 +20,12 @@ namespace
 {
 
 using namespace std::string_literals;
-using namespace std::string_view_literals;
-
-constexpr const char* ticketName = "Metadata/Job_PT.xml";
-constexpr std::size_t mebibyte = 0x100000;
-
-std::string copies(const std::string& number)
-{
-    return TicketText().copies(number).str();
-}
 
 /// A ticket that has a size of its own.
 std::string ticketOfSize(std::size_t size, const std::string& number)
 {
     const std::string ticket = copies(number);
     return ticket + std::string(size - ticket.size(), ' ');
-}
-
-ZipPart ticketPart(const std::string& content)
-{
-    ZipPart part;
-    part.name = ticketName;
-    part.content = content;
-    return part;
-}
-
-JobInfo read(const std::string& bytes)
-{
-    OpenJob job(bytes);
-    return XpsParser(job.file).parse();
 }
 
 /// What a package fails with.
@@ -67,25 +37,6 @@ std::string failure(const std::string& bytes)
         return error.what();
     }
     return "none";
-}
-
-/// Bytes that inflate to themselves.
-std::string deflated(const std::string& bytes)
-{
-    return "\x01"s + ZipBytes::number(bytes.size(), 2) + ZipBytes::number(~bytes.size(), 2) + bytes;
-}
-
-std::shared_ptr<JobParserResult> parse(OpenJob& job)
-{
-    return Parser(std::make_shared<Torv::Log::LogNull>(), job.papers, false)
-        .parse(job.file, {Pdl::Detect, true, true});
-}
-
-std::string saved(const Job& job, JobFile& file)
-{
-    Torv::IO::StringStream stream;
-    job.save(file, stream);
-    return stream.str();
 }
 
 TEST(XpsParser, ReadsTheTicketOfAPackage)
@@ -158,23 +109,6 @@ TEST(XpsParser, TakesNoOtherName)
                   0)
             << name;
     }
-}
-
-TEST(XpsParser, WalksOverExtraFieldsAndComments)
-{
-    ZipBytes zip;
-    for (const char* name : {"a", "b", ticketName, "c"}) {
-        ZipPart part = ticketPart(copies("2"));
-        part.name = name;
-        part.extra = "\x55\x54\x05\x00\x01\x02\x03\x04\x05"s;
-        part.comment = "a comment";
-        zip.part(part);
-    }
-
-    EXPECT_EQ(read(zip.str()).copies, 2);
-    EXPECT_EQ(read(zip.str("a comment of the package")).copies, 2);
-    EXPECT_EQ(read(zip.str(std::string(65000, 'c'))).copies, 2);
-    EXPECT_EQ(read("a loader in front" + zip.str()).copies, 2);
 }
 
 TEST(XpsParser, MergesAllTickets)
@@ -318,15 +252,6 @@ TEST(XpsParser, RefusesATicketOfAnUnknownMethod)
     }
 }
 
-TEST(XpsParser, MindsNoUnknownMethodOfAnotherPart)
-{
-    ZipPart other = ticketPart("x");
-    other.name = "other";
-    other.method = 99;
-
-    EXPECT_EQ(read(ZipBytes().part(other).part(ticketName, copies("2")).str()).copies, 2);
-}
-
 TEST(XpsParser, RefusesATicketThatIsNotWhereTheDirectoryPutsIt)
 {
     for (const std::uint32_t offset : {1U, 1000000U, 0x7FFFFFFFU, 0xFFFFFFFEU}) {
@@ -395,341 +320,6 @@ TEST(XpsParser, LearnsNothingFromATicketInBzip2)
     EXPECT_EQ(info.flags(JobInfo::AllFlags), JobInfo::FlagPdl | JobInfo::FlagPaper);
 }
 
-TEST(XpsParser, KnowsNothingIfTheDirectoryIsOutside)
-{
-    const ZipBytes zip = ZipBytes().part(ticketName, copies("2"));
-
-    for (const std::size_t offset :
-         {zip.directoryOffset() + 1, std::size_t{0x7FFFFFFF}, std::size_t{0xFFFFFFFE}})
-        EXPECT_EQ(read(zip.withDirectoryAt(offset)).flags(JobInfo::AllFlags), 0) << offset;
-}
-
-TEST(XpsParser, KnowsWhatStandsBeforeABrokenRecord)
-{
-    std::string bytes =
-        ZipBytes().part(ticketName, copies("2")).part("a", "").part(ticketName, copies("9")).str();
-    bytes.replace(bytes.rfind("PK\x01\x02"), 4, "PK\x01\x03");
-
-    EXPECT_EQ(read(bytes).copies, 2);
-}
-
-TEST(XpsParser, StopsBehindTheLastRecord)
-{
-    OpenJob job(ZipBytes().part("a.xml", "<a/>").part("b.xml", "<b/>").str("comment"));
-
-    XpsParser(job.file).parse();
-
-    EXPECT_EQ(job.file.m_offset, job.file.m_realDataSize - 22 - 7);
-}
-
-// A whole package of several parts, with all that makes a walk differ.
-std::string manyFacedPackage()
-{
-    ZipPart extra = ticketPart("abc");
-    extra.name = "with extra";
-    extra.extra = "\x01\x00\x04\x00\x01\x02\x03\x04"s;
-    ZipPart commented = ticketPart("abc");
-    commented.name = "with comment";
-    commented.comment = "comment";
-    ZipPart squeezed = ticketPart(deflated(copies("3")));
-    squeezed.method = 8;
-    squeezed.size = copies("3").size();
-    return ZipBytes()
-        .part("[Content_Types].xml", "<Types/>")
-        .part(extra)
-        .part(commented)
-        .part("metadata/job_pt.xml", TicketText().copies("2").str())
-        .part("", "nameless")
-        .part(squeezed)
-        .part(std::string(300, 'n'), "")
-        .part("last", "last")
-        .str();
-}
-
-TEST(XpsParser, SurvivesAPackageThatIsCutAnywhere)
-{
-    const std::string whole = manyFacedPackage();
-
-    for (std::size_t size = 0; size < whole.size(); ++size) {
-        OpenJob job(whole.substr(0, size));
-        const auto result = parse(job);
-        EXPECT_EQ(saved(*result->job, job.file), whole.substr(0, size));
-        // What is missing reads as zeros, as which the last three bytes stand there.
-        EXPECT_EQ(result->job->jobInfo.copies, size + 3 >= whole.size() ? 3 : 1) << size;
-    }
-}
-
-/// How the walk over a package ended.
-struct Walk {
-    bool sawTicket;
-    std::string end; ///< The position, or why it failed.
-
-    bool operator==(const Walk&) const = default;
-};
-
-bool isTicketName(const std::string& name)
-{
-    std::string start = name.substr(0, 19);
-    std::transform(start.begin(), start.end(), start.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
-    });
-    return start == "metadata/job_pt.xml";
-}
-
-std::string failureOfReading(unzFile package)
-{
-    if (unzOpenCurrentFile(package) != UNZ_OK)
-        return "Unable to select file";
-    std::array<char, 1024> block{};
-    int count = 0;
-    while ((count = unzReadCurrentFile(package, block.data(), block.size())) > 0) {
-    }
-    return count < 0 ? "Unable to decompress part of the XPS file" : "";
-}
-
-// What minizip itself makes of a package, if each name is asked of it.
-Walk plainWalk(JobFile& file)
-{
-    XpsParser parser(file);
-    zlib_filefunc64_def callbacks = parser.setupFileCallbacks();
-    const std::unique_ptr<void, int (*)(unzFile)> package(unzOpen2_64("", &callbacks), unzClose);
-    bool sawTicket = false;
-    unz_global_info64 global{};
-    if (package != nullptr)
-        unzGetGlobalInfo64(package.get(), &global);
-    for (ZPOS64_T entry = 0; entry < global.number_entry; ++entry) {
-        unz_file_info64 info{};
-        std::string name(256, '\0');
-        if (unzGetCurrentFileInfo64(package.get(), &info, name.data(), 256, nullptr, 0, nullptr, 0) != UNZ_OK)
-            break;
-        name.resize(std::min<std::size_t>(info.size_filename, 256));
-        if (isTicketName(name)) {
-            sawTicket = true;
-            if (const std::string failed = failureOfReading(package.get()); !failed.empty())
-                return {true, failed};
-        }
-        if (unzGoToNextFile(package.get()) != UNZ_OK)
-            break;
-    }
-    return {sawTicket, std::to_string(file.m_offset)};
-}
-
-// The same of XpsParser, which spares some of the questions.
-Walk ourWalk(JobFile& file)
-{
-    try {
-        const JobInfo info = XpsParser(file).parse();
-        return {info.flags(JobInfo::FlagPdl) != 0, std::to_string(file.m_offset)};
-    } catch (const JobParserException& error) {
-        return {true, error.what()};
-    }
-}
-
-std::ostream& operator<<(std::ostream& stream, const Walk& walk)
-{
-    return stream << (walk.sawTicket ? "a ticket, " : "no ticket, ") << walk.end;
-}
-
-void expectTheSameWalk(const std::string& bytes)
-{
-    OpenJob theirs(bytes);
-    OpenJob ours(bytes);
-    EXPECT_EQ(ourWalk(ours.file), plainWalk(theirs.file));
-    EXPECT_EQ(ours.file.m_offset, theirs.file.m_offset);
-}
-
-TEST(XpsParser, WalksAsIfEveryNameWereAsked)
-{
-    const std::string whole = manyFacedPackage();
-    std::mt19937 random(3);
-
-    expectTheSameWalk(whole);
-    for (std::size_t place = 0; place < whole.size(); ++place) {
-        std::string broken = whole;
-        broken[place] = static_cast<char>(random() % 4 == 0 ? 255 : random());
-        expectTheSameWalk(broken);
-        expectTheSameWalk(whole.substr(0, place));
-        expectTheSameWalk(whole.substr(place));
-    }
-}
-
-TEST(XpsParser, WalksAsIfEveryNameWereAskedWhereRecordsStraddleViews)
-{
-    const std::string tail = manyFacedPackage();
-    for (const std::int64_t shift : {0, 1, 30, 46, 300, 700, 900, 1100}) {
-        const std::string bytes = std::string(static_cast<std::size_t>(4194304 - 1400 + shift), 'f') + tail;
-        expectTheSameWalk(bytes);
-    }
-}
-
-TEST(XpsParser, FindsTheTicketInAPackageOfManyViews)
-{
-    const std::string package = ZipBytes().part("a", "").part(ticketName, copies("4")).part("b", "").str();
-    SparseFile sparse;
-    sparse.resize(5000000000);
-    sparse.writeAt(5000000000, package);
-    JobFile file;
-    file.open(sparse.path());
-
-    EXPECT_EQ(XpsParser(file).parse().copies, 4);
-}
-
-struct Callbacks {
-    explicit Callbacks(std::string_view bytes)
-        : job(bytes), parser(job.file), table(parser.setupFileCallbacks())
-    {
-        stream = table.zopen64_file(table.opaque, "ignored", 7);
-    }
-
-    long seek(std::int64_t offset, int origin)
-    {
-        return table.zseek64_file(table.opaque, stream, static_cast<ZPOS64_T>(offset), origin);
-    }
-    std::string read(unsigned long count)
-    {
-        std::string bytes(count, '?');
-        bytes.resize(table.zread_file(table.opaque, stream, bytes.data(), count));
-        return bytes;
-    }
-
-    OpenJob job;
-    XpsParser parser;
-    zlib_filefunc64_def table;
-    void* stream;
-};
-
-TEST(XpsCallbacks, OpenTheJobFileWhateverThePath)
-{
-    Callbacks callbacks("abc");
-
-    EXPECT_EQ(callbacks.table.opaque, &callbacks.parser);
-    EXPECT_EQ(callbacks.stream, &callbacks.job.file);
-    EXPECT_EQ(callbacks.table.zopen64_file(callbacks.table.opaque, nullptr, 0), &callbacks.job.file);
-}
-
-TEST(XpsCallbacks, ReadUpToTheEnd)
-{
-    Callbacks callbacks("abcdef");
-
-    EXPECT_EQ(callbacks.read(0), "");
-    EXPECT_EQ(callbacks.read(1), "a");
-    EXPECT_EQ(callbacks.read(2), "bc");
-    EXPECT_EQ(callbacks.job.file.m_offset, 3);
-    EXPECT_EQ(callbacks.read(9), "def");
-    EXPECT_EQ(callbacks.read(9), "");
-    EXPECT_EQ(callbacks.read(1), "");
-    EXPECT_EQ(callbacks.job.file.m_offset, 6);
-}
-
-TEST(XpsCallbacks, ReadTheLastByteAlone)
-{
-    Callbacks callbacks("ab");
-    callbacks.read(1);
-
-    EXPECT_EQ(callbacks.read(1), "b");
-    EXPECT_TRUE(callbacks.job.file.atEnd());
-}
-
-TEST(XpsCallbacks, ReadOverSeveralViews)
-{
-    std::string bytes(9000000, '\0');
-    for (std::size_t at = 0; at < bytes.size(); ++at)
-        bytes[at] = static_cast<char>(at * 7 / 3);
-    Callbacks callbacks(bytes);
-
-    EXPECT_TRUE(callbacks.read(1) == bytes.substr(0, 1));
-    EXPECT_TRUE(callbacks.read(8999000) == bytes.substr(1, 8999000));
-    EXPECT_TRUE(callbacks.read(5000) == bytes.substr(8999001));
-    callbacks.seek(4194300, ZLIB_FILEFUNC_SEEK_SET);
-    for (std::size_t at = 4194300; at < 4194310; ++at)
-        EXPECT_EQ(callbacks.read(1), bytes.substr(at, 1));
-}
-
-TEST(XpsCallbacks, WriteNothingAndFindNoErrors)
-{
-    Callbacks callbacks("abc");
-
-    EXPECT_EQ(callbacks.table.zwrite_file(callbacks.table.opaque, callbacks.stream, "xyz", 3), 0U);
-    EXPECT_EQ(callbacks.table.zerror_file(callbacks.table.opaque, callbacks.stream), 0);
-    EXPECT_EQ(callbacks.table.zclose_file(callbacks.table.opaque, callbacks.stream), 0);
-    EXPECT_TRUE(callbacks.job.file.isOpen());
-}
-
-TEST(XpsCallbacks, TellThePosition)
-{
-    Callbacks callbacks("abcdef");
-    callbacks.read(4);
-
-    EXPECT_EQ(callbacks.table.ztell64_file(callbacks.table.opaque, callbacks.stream), 4U);
-}
-
-struct SeekRow {
-    std::int64_t offset;
-    int origin;
-    long result;
-    std::int64_t position;
-};
-
-TEST(XpsCallbacks, SeekWithinTheDataWhoseEndIsTheLastByte)
-{
-    // Of six bytes, from the third on.
-    constexpr std::array<SeekRow, 22> rows{{
-        {0, ZLIB_FILEFUNC_SEEK_SET, 0, 0},
-        {5, ZLIB_FILEFUNC_SEEK_SET, 0, 5},
-        {6, ZLIB_FILEFUNC_SEEK_SET, 1, 2},
-        {-1, ZLIB_FILEFUNC_SEEK_SET, 1, 2},
-        {INT64_MAX, ZLIB_FILEFUNC_SEEK_SET, 1, 2},
-        {INT64_MIN, ZLIB_FILEFUNC_SEEK_SET, 1, 2},
-        {0, ZLIB_FILEFUNC_SEEK_CUR, 0, 2},
-        {3, ZLIB_FILEFUNC_SEEK_CUR, 0, 5},
-        {4, ZLIB_FILEFUNC_SEEK_CUR, 1, 2},
-        {-2, ZLIB_FILEFUNC_SEEK_CUR, 0, 0},
-        {-3, ZLIB_FILEFUNC_SEEK_CUR, 1, 2},
-        {INT64_MAX, ZLIB_FILEFUNC_SEEK_CUR, 1, 2},
-        {INT64_MIN, ZLIB_FILEFUNC_SEEK_CUR, 1, 2},
-        {0, ZLIB_FILEFUNC_SEEK_END, 0, 5},
-        {1, ZLIB_FILEFUNC_SEEK_END, 1, 2},
-        {-5, ZLIB_FILEFUNC_SEEK_END, 0, 0},
-        {-6, ZLIB_FILEFUNC_SEEK_END, 1, 2},
-        {INT64_MAX, ZLIB_FILEFUNC_SEEK_END, 1, 2},
-        {INT64_MIN, ZLIB_FILEFUNC_SEEK_END, 1, 2},
-        {0, 3, 1, 2},
-        {0, -1, 1, 2},
-        {1, 99, 1, 2},
-    }};
-
-    for (const auto& [offset, origin, result, position] : rows) {
-        Callbacks callbacks("abcdef");
-        callbacks.read(2);
-        EXPECT_EQ(callbacks.seek(offset, origin), result) << offset << ' ' << origin;
-        EXPECT_EQ(callbacks.job.file.m_offset, position) << offset << ' ' << origin;
-    }
-}
-
-TEST(XpsCallbacks, SeekNowhereInAnEmptyFile)
-{
-    Callbacks callbacks("");
-
-    EXPECT_EQ(callbacks.seek(0, ZLIB_FILEFUNC_SEEK_SET), 1);
-    EXPECT_EQ(callbacks.seek(0, ZLIB_FILEFUNC_SEEK_CUR), 1);
-    EXPECT_EQ(callbacks.seek(0, ZLIB_FILEFUNC_SEEK_END), 1);
-    EXPECT_EQ(callbacks.seek(1, ZLIB_FILEFUNC_SEEK_END), 1);
-}
-
-TEST(XpsCallbacks, TakeTheEndOfAFileThatShrankForItsEnd)
-{
-    SparseFile sparse;
-    sparse.resize(20000000);
-    JobFile file;
-    file.open(sparse.path());
-    sparse.resize(5000);
-    XpsParser parser(file);
-    const zlib_filefunc64_def table = parser.setupFileCallbacks();
-
-    EXPECT_EQ(table.zseek64_file(table.opaque, &file, 0, ZLIB_FILEFUNC_SEEK_END), 1);
-    EXPECT_EQ(parser.parse().flags(JobInfo::AllFlags), 0);
-}
-
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define NEEDS_SHADOW_MEMORY
 #elif defined(__has_feature)
@@ -767,110 +357,6 @@ TEST(XpsParserDeathTest, PassesOnThatTheSystemRefusesAView)
     EXPECT_EXIT(parseWithoutMemory(sparse.path()), testing::ExitedWithCode(0), "");
 }
 #endif
-
-TEST(XpsMode, ReplacesTheRecordAndKeepsThePackageAsOneChunk)
-{
-    OpenJob job(ZipBytes().part("a", "").part("b", "").str());
-    Global::Parser parser(job.job, job.file, job.papers);
-    parser.pdlJobInfo.setCopies(7);
-    parser.pdlJobInfo.addFonts({"Courier"});
-
-    parser.xpsMode();
-
-    EXPECT_EQ(parser.pdlJobInfo.flags(JobInfo::AllFlags), 0);
-    EXPECT_TRUE(parser.pdlJobInfo.fonts.empty());
-    ASSERT_EQ(job.job.chunks.size(), 1U);
-    const auto& chunk = dynamic_cast<const ChunkXps&>(*job.job.chunks[0]);
-    EXPECT_EQ(chunk.offset, 0);
-    EXPECT_EQ(chunk.size(), job.file.m_offset);
-    EXPECT_EQ(chunk.size(), job.file.m_realDataSize - 22);
-}
-
-TEST(XpsMode, LeavesRecordAndJobUntouchedIfThePackageFails)
-{
-    OpenJob job(ZipBytes().part(ticketName, std::string(mebibyte + 1, ' ')).str());
-    Global::Parser parser(job.job, job.file, job.papers);
-    parser.pdlJobInfo.setCopies(7);
-    parser.pdlJobInfo.addFonts({"Courier"});
-
-    EXPECT_THROW(parser.xpsMode(), JobParserException);
-
-    EXPECT_EQ(parser.pdlJobInfo.copies, 7);
-    EXPECT_EQ(parser.pdlJobInfo.fonts.size(), 1U);
-    EXPECT_TRUE(job.job.chunks.empty());
-}
-
-TEST(XpsJob, TellsItsTicketAndSavesByteForByte)
-{
-    const std::string bytes =
-        ZipBytes()
-            .part("a", "")
-            .part(ticketName, TicketText().copies("2").duplex("psk:TwoSidedLongEdge").str())
-            .part("b", "")
-            .str("comment");
-    OpenJob job(bytes);
-
-    const auto result = parse(job);
-
-    EXPECT_TRUE(result->parsed);
-    EXPECT_EQ(result->job->jobInfo.pdl, Pdl::Xps);
-    EXPECT_EQ(result->job->jobInfo.copies, 2);
-    EXPECT_EQ(result->job->jobInfo.duplex, Duplex::LongEdge);
-    EXPECT_EQ(result->job->chunks.size(), 2U); // The raw loop has what stands behind the last record.
-    EXPECT_NO_THROW(result->job->checkChunkSizes(job.file));
-    EXPECT_EQ(saved(*result->job, job.file), bytes);
-}
-
-TEST(XpsJob, IsWalkedByTheRawLoopBehindItsTicket)
-{
-    const std::string bytes =
-        ZipBytes().part(ticketName, copies("2")).str("\x1B%-12345X@PJL SET COPIES=5\r\n\x1B%-12345X");
-    OpenJob job(bytes);
-
-    const auto result = parse(job);
-
-    EXPECT_TRUE(result->parsed);
-    EXPECT_EQ(result->job->jobInfo.copies, 5);
-    EXPECT_TRUE(result->job->jobInfo.pjl);
-    EXPECT_EQ(saved(*result->job, job.file), bytes);
-}
-
-TEST(XpsJob, OfAZipThatIsNoXpsIsAPackageWithoutFacts)
-{
-    OpenJob job("PK\x03\x04 and nothing that a package needs"s);
-
-    const auto result = parse(job);
-
-    EXPECT_TRUE(result->parsed);
-    EXPECT_EQ(result->job->jobInfo.flags(JobInfo::AllFlags), JobInfo::FlagPdl | JobInfo::FlagCopies);
-    EXPECT_EQ(result->job->jobInfo.pdl, Pdl::Xps);
-    EXPECT_EQ(saved(*result->job, job.file), "PK\x03\x04 and nothing that a package needs");
-}
-
-TEST(XpsJob, WithATicketThatFailsIsOneRawStretch)
-{
-    ZipPart part = ticketPart(copies("2"));
-    part.method = 99;
-    const std::string bytes = ZipBytes().part("a", "").part(part).str();
-    OpenJob job(bytes);
-
-    const auto result = parse(job);
-
-    EXPECT_FALSE(result->parsed);
-    EXPECT_EQ(result->job->jobInfo.flags(JobInfo::AllFlags), 0);
-    EXPECT_EQ(saved(*result->job, job.file), bytes);
-}
-
-TEST(XpsJob, BehindPjlStaysRawData)
-{
-    const std::string package = ZipBytes().part(ticketName, copies("2")).str();
-    OpenJob job(JobBytes().uel().pjl("ENTER LANGUAGE=XPS").raw(package).uel());
-
-    const auto result = parse(job);
-
-    EXPECT_EQ(result->job->jobInfo.pdl, Pdl::Xps);
-    EXPECT_EQ(result->job->jobInfo.copies, 1);
-}
 
 } // namespace
 } // namespace JobParser
