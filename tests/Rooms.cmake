@@ -126,6 +126,8 @@ add_room_tests(FrameTests
     JobParser/JobParserCTest.cpp
     JobParser/LibraryTest.cpp
     JobParser/ParseJobInfoTest.cpp
+    JobParser/ParserJobsTest.cpp
+    JobParser/ParserRecordTest.cpp
     JobParser/ParserTest.cpp)
 
 add_room_tests(PdfTests
