@@ -4,11 +4,18 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <random>
 #include <stdexcept>
 #include <sys/mman.h>
 #include <time.h>
 #include <unistd.h>
+
+#include "JobParser/Job.h"
+#include "JobParser/JobFile.h"
+#include "JobParser/Parser.h"
+
+#include "Torv/Log/LogNull.h"
 
 namespace Bench
 {
@@ -141,6 +148,18 @@ void measure(benchmark::State& state, std::size_t bytes, const std::function<voi
     state.SetBytesProcessed(static_cast<std::int64_t>(bytes) * state.iterations());
     for (std::size_t index = 0; index < yardsticks.size(); ++index)
         state.counters[yardsticks[index].counter] = ours / theirs[index];
+}
+
+void measureParse(benchmark::State& state, const ScratchFile& job)
+{
+    JobParser::Parser parser(std::make_shared<Torv::Log::LogNull>(), JobParser::paperList, false);
+    const auto work = [&] {
+        JobParser::JobFile file;
+        file.open(job.path());
+        benchmark::DoNotOptimize(parser.parse(file, {JobParser::Pdl::Detect, true, true}));
+    };
+
+    measure(state, job.size(), work, {{"x_memchr", [&] { seeAllBytes(job); }}});
 }
 
 } // namespace Bench

@@ -60,4 +60,7 @@ struct Yardstick {
 void measure(benchmark::State& state, std::size_t bytes, const std::function<void()>& work,
              const std::vector<Yardstick>& yardsticks);
 
+/// Measures what a host does with a job, opened, walked and dropped, beside one memchr pass over the file.
+void measureParse(benchmark::State& state, const ScratchFile& job);
+
 } // namespace Bench

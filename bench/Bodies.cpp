@@ -1,14 +1,8 @@
 // What the elements of a PCL 5 body cost, and PRESCRIBE blocks in it: a row each, of a body of nothing else.
 
-#include <memory>
 #include <string>
 
 #include "BenchSupport.h"
-#include "JobParser/Job.h"
-#include "JobParser/JobFile.h"
-#include "JobParser/Parser.h"
-
-#include "Torv/Log/LogNull.h"
 
 namespace
 {
@@ -24,14 +18,8 @@ void elements(benchmark::State& state, const std::string& element, std::int64_t 
         body += element;
     Bench::ScratchFile scratch;
     scratch.append(body);
-    JobParser::Parser parser(std::make_shared<Torv::Log::LogNull>(), JobParser::paperList, false);
-    const auto work = [&] {
-        JobParser::JobFile file;
-        file.open(scratch.path());
-        benchmark::DoNotOptimize(parser.parse(file, {JobParser::Pdl::Detect, true, true}));
-    };
 
-    Bench::measure(state, scratch.size(), work, {{"x_memchr", [&] { Bench::seeAllBytes(scratch); }}});
+    Bench::measureParse(state, scratch);
     state.SetItemsProcessed(items * state.iterations());
 }
 

@@ -1,16 +1,11 @@
 // What an XPS package costs: its directory, and its print ticket.
 
-#include <memory>
 #include <string>
 
 #include "BenchSupport.h"
-#include "JobParser/Job.h"
 #include "JobParser/JobFile.h"
-#include "JobParser/Parser.h"
 #include "JobParser/xps/XpsParser.h"
 #include "tests/support/ZipBytes.h"
-
-#include "Torv/Log/LogNull.h"
 
 namespace
 {
@@ -35,14 +30,8 @@ void directory(benchmark::State& state)
         package.part("Documents/1/Pages/" + std::to_string(number) + ".fpage", "<FixedPage/>");
     Bench::ScratchFile scratch;
     scratch.append(package.str());
-    JobParser::Parser parser(std::make_shared<Torv::Log::LogNull>(), JobParser::paperList, false);
-    const auto work = [&] {
-        JobParser::JobFile file;
-        file.open(scratch.path());
-        benchmark::DoNotOptimize(parser.parse(file, {JobParser::Pdl::Detect, true, true}));
-    };
 
-    Bench::measure(state, scratch.size(), work, {{"x_memchr", [&] { Bench::seeAllBytes(scratch); }}});
+    Bench::measureParse(state, scratch);
     state.SetItemsProcessed(parts * state.iterations());
 }
 

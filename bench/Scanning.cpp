@@ -1,15 +1,11 @@
 // How fast the bytes go by that mean nothing, which is nearly all of a job.
 
 #include <array>
-#include <memory>
 
 #include "BenchSupport.h"
-#include "JobParser/Job.h"
 #include "JobParser/JobFile.h"
-#include "JobParser/Parser.h"
 
 #include "Torv/BytePairs.h"
-#include "Torv/Log/LogNull.h"
 
 namespace
 {
@@ -21,14 +17,8 @@ constexpr std::array<Torv::BytePair, 2> pairs{{{0x1B, '%'}, {'!', 'R'}}};
 void rawLoop(benchmark::State& state, Files input)
 {
     const Bench::ScratchFile& scratch = input();
-    JobParser::Parser parser(std::make_shared<Torv::Log::LogNull>(), JobParser::paperList, false);
-    const auto work = [&] {
-        JobParser::JobFile file;
-        file.open(scratch.path());
-        benchmark::DoNotOptimize(parser.parse(file, {JobParser::Pdl::Detect, true, true}));
-    };
 
-    Bench::measure(state, scratch.size(), work, {{"x_memchr", [&] { Bench::seeAllBytes(scratch); }}});
+    Bench::measureParse(state, scratch);
 }
 
 void getChar(benchmark::State& state, Files input)

@@ -1,14 +1,11 @@
 // What a job costs before its size counts: PJL lines, a whole small job, and the record's text.
 
 #include <array>
-#include <memory>
+#include <string>
+#include <string_view>
 
 #include "BenchSupport.h"
-#include "JobParser/Job.h"
-#include "JobParser/JobFile.h"
-#include "JobParser/Parser.h"
-
-#include "Torv/Log/LogNull.h"
+#include "JobParser/JobInfo.h"
 
 namespace
 {
@@ -37,22 +34,13 @@ std::string pjlBlocks(std::size_t blocks)
     return text;
 }
 
-void parse(JobParser::Parser& parser, const Bench::ScratchFile& scratch)
-{
-    JobParser::JobFile file;
-    file.open(scratch.path());
-    benchmark::DoNotOptimize(parser.parse(file, {JobParser::Pdl::Detect, true, true}));
-}
-
 void pjlLines(benchmark::State& state)
 {
     constexpr std::size_t blocks = 10000;
     Bench::ScratchFile scratch;
     scratch.append(pjlBlocks(blocks) + std::string(uel));
-    JobParser::Parser parser(std::make_shared<Torv::Log::LogNull>(), JobParser::paperList, false);
 
-    Bench::measure(state, scratch.size(), [&] { parse(parser, scratch); },
-                   {{"x_memchr", [&] { Bench::seeAllBytes(scratch); }}});
+    Bench::measureParse(state, scratch);
     state.SetItemsProcessed(static_cast<std::int64_t>(blocks * lines.size()) * state.iterations());
 }
 
@@ -61,10 +49,8 @@ void smallJob(benchmark::State& state)
     Bench::ScratchFile scratch;
     scratch.append(pjlBlocks(1) + "@PJL ENTER LANGUAGE=PCL\r\n\x1B" + "E" + std::string(2000, 'x') + "\x1B" +
                    "E" + std::string(uel));
-    JobParser::Parser parser(std::make_shared<Torv::Log::LogNull>(), JobParser::paperList, false);
 
-    Bench::measure(state, scratch.size(), [&] { parse(parser, scratch); },
-                   {{"x_memchr", [&] { Bench::seeAllBytes(scratch); }}});
+    Bench::measureParse(state, scratch);
 }
 
 void recordToJson(benchmark::State& state)

@@ -3,9 +3,9 @@
 #include <array>
 #include <gtest/gtest.h>
 
+#include "tests/support/MessageOf.h"
 #include "tests/support/ScriptedWorker.h"
 
-#include "Torv/GenericException.h"
 #include "Torv/Json/Object.h"
 #include "Torv/Variant.h"
 #include "Torv/VariantInvalidOperationException.h"
@@ -18,16 +18,6 @@ namespace
 ExtJobProcessor& processor()
 {
     return Library::extJobProcessor();
-}
-
-template <typename Call> std::string failureOf(Call call)
-{
-    try {
-        call();
-    } catch (const Torv::GenericException& error) {
-        return error.what();
-    }
-    return "none";
 }
 
 TEST(ExtJobProcessor, SendsARequestToParse)
@@ -78,8 +68,8 @@ struct Conversion {
 TEST(ExtJobProcessor, SucceedsInConvertingOnlyIfTheWorkerSaysSo)
 {
     constexpr std::array<Conversion, 6> rows{{
-        {R"({"success":true})", "none"},
-        {R"({"success":true,"errorMessage":"but"})", "none"},
+        {R"({"success":true})", "nothing was thrown"},
+        {R"({"success":true,"errorMessage":"but"})", "nothing was thrown"},
         {R"({"success":false})",
          R"(Error while executing the external Job Processor | error={"success":false})"},
         {R"({"reason":[1,2.5],"success":false})",
@@ -91,7 +81,7 @@ TEST(ExtJobProcessor, SucceedsInConvertingOnlyIfTheWorkerSaysSo)
     for (const Conversion& row : rows) {
         const ScriptedWorker worker(ScriptedWorker::answering(row.reply));
 
-        EXPECT_EQ(failureOf([] { processor().convert({}); }), row.failure) << row.reply;
+        EXPECT_EQ(messageOf([] { processor().convert({}); }), row.failure) << row.reply;
     }
 }
 
@@ -111,7 +101,7 @@ TEST(ExtJobProcessor, RejectsAReplyThatIsNoJson)
     for (const char* reply : {"no brace and no line feed", "one line\nthe last one", "{\"a\":"}) {
         const ScriptedWorker worker("print " + ScriptedWorker::encoded(reply) + " leave 0");
 
-        EXPECT_EQ(failureOf([] { processor().parse("", Pdl::Pdf); }).substr(0, 37),
+        EXPECT_EQ(messageOf([] { processor().parse("", Pdl::Pdf); }).substr(0, 37),
                   "Json::parse(): The text is no JSON | ")
             << reply;
     }
@@ -121,7 +111,7 @@ TEST(ExtJobProcessor, RejectsAnEmptyReply)
 {
     const ScriptedWorker worker("leave 0");
 
-    EXPECT_EQ(failureOf([] { processor().parse("", Pdl::Pdf); }).substr(0, 37),
+    EXPECT_EQ(messageOf([] { processor().parse("", Pdl::Pdf); }).substr(0, 37),
               "Json::parse(): The text is no JSON | ");
 }
 
@@ -129,7 +119,7 @@ TEST(ExtJobProcessor, FailsWithItsWorker)
 {
     const ScriptedWorker worker("crash");
 
-    EXPECT_EQ(failureOf([] { processor().parse("", Pdl::Pdf); }), "The worker process died | signal=6");
+    EXPECT_EQ(messageOf([] { processor().parse("", Pdl::Pdf); }), "The worker process died | signal=6");
 }
 
 TEST(ExtJobProcessor, FailsRequestsOnceItIsStopped)
@@ -140,7 +130,7 @@ TEST(ExtJobProcessor, FailsRequestsOnceItIsStopped)
     processor().stop();
 
     EXPECT_FALSE(hasChildren());
-    EXPECT_EQ(failureOf([] { processor().parse("", Pdl::Pdf); }), "The worker processes are not started");
+    EXPECT_EQ(messageOf([] { processor().parse("", Pdl::Pdf); }), "The worker processes are not started");
     EXPECT_NO_THROW(processor().stop());
 }
 

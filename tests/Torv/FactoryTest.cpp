@@ -4,20 +4,12 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "tests/support/MessageOf.h"
+
 namespace
 {
 
 using Doubler = std::function<int(int)>;
-
-std::string messageOf(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const Torv::GenericException& caught) {
-        return caught.what();
-    }
-    return "nothing was thrown";
-}
 
 } // namespace
 

@@ -10,8 +10,8 @@
 #include "JobParser/model/ChunkText.h"
 #include "JobParser/model/ChunkUel.h"
 #include "JobParser/model/UnserializationContext.h"
+#include "tests/support/MessageOf.h"
 
-#include "Torv/GenericException.h"
 #include "Torv/Json/Json.h"
 #include "Torv/NoFactoryException.h"
 
@@ -30,16 +30,6 @@ class Nameless : public ChunkUel
 
 namespace
 {
-
-template <typename Action> std::string failureOf(Action action)
-{
-    try {
-        action();
-    } catch (const Torv::GenericException& error) {
-        return error.what();
-    }
-    return "none";
-}
 
 TEST(Reflection, FindsTheNameBehindTheLastChunkOfAClassName)
 {
@@ -73,7 +63,7 @@ TEST(Reflection, FindsTheNameBehindTheLastChunkOfAClassName)
 
 TEST(Reflection, RejectsAClassWithoutChunkInItsName)
 {
-    EXPECT_EQ(failureOf([] { Reflection::registerChunkClass<Nameless>(); }),
+    EXPECT_EQ(messageOf([] { Reflection::registerChunkClass<Nameless>(); }),
               "Invalid chunk class. It must be ZZZChunkYYY. | class=N9JobParser8NamelessE");
 }
 
@@ -81,7 +71,7 @@ TEST(Reflection, RejectsAClassThatIsRegistered)
 {
     Library::init({});
 
-    EXPECT_EQ(failureOf([] { Reflection::registerChunkClass<ChunkUel>(); }),
+    EXPECT_EQ(messageOf([] { Reflection::registerChunkClass<ChunkUel>(); }),
               "Duplicate chunk class. | class=N9JobParser8ChunkUelE");
     EXPECT_EQ(Reflection::chunkClass(ChunkUel()), "UelE");
 }
@@ -90,7 +80,7 @@ TEST(Reflection, RejectsAChunkWhoseClassIsNotRegistered)
 {
     Library::init({});
 
-    EXPECT_EQ(failureOf([] { Reflection::chunkClass(ChunkOfNobody()); }),
+    EXPECT_EQ(messageOf([] { Reflection::chunkClass(ChunkOfNobody()); }),
               "Chunk class is not registered | class=N9JobParser13ChunkOfNobodyE");
 }
 
@@ -99,7 +89,7 @@ TEST(Reflection, RejectsATagThatNobodyHas)
     Library::init({});
 
     EXPECT_THROW(Reflection::factory("Uel"), Torv::NoFactoryException);
-    EXPECT_EQ(failureOf([] { Reflection::factory("Uel"); }), "Factory: no factory for the reference Uel");
+    EXPECT_EQ(messageOf([] { Reflection::factory("Uel"); }), "Factory: no factory for the reference Uel");
 }
 
 TEST(Reflection, MakesChunksOfARegisteredClass)

@@ -5,7 +5,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
-#include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <stdexcept>
@@ -14,6 +13,7 @@
 #include <unistd.h>
 
 #include "tests/Torv/TemporaryDirectory.h"
+#include "tests/support/MessageOf.h"
 
 #include "Torv/GenericException.h"
 
@@ -33,16 +33,6 @@ std::string contentsOf(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-std::string messageOf(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const Torv::GenericException& caught) {
-        return caught.what();
-    }
-    return "nothing was thrown";
 }
 
 class FileStreamTest : public testing::Test

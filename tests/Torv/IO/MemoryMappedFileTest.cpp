@@ -1,7 +1,6 @@
 #include "Torv/IO/MemoryMappedFile.h"
 
 #include <fstream>
-#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
@@ -11,6 +10,7 @@
 #include <unistd.h>
 
 #include "tests/Torv/TemporaryDirectory.h"
+#include "tests/support/MessageOf.h"
 
 #include "Torv/GenericException.h"
 
@@ -24,16 +24,6 @@ namespace
 std::string textOf(const MappedView& view)
 {
     return std::string(view.data, view.data + view.size);
-}
-
-std::string messageOf(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const Torv::GenericException& caught) {
-        return caught.what();
-    }
-    return "nothing was thrown";
 }
 
 std::string openingMessage(const std::string& path)

@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "Torv/GenericException.h"
+#include "tests/support/MessageOf.h"
 
 namespace Torv::Security::Endecryptor
 {
@@ -36,16 +36,6 @@ std::string decrypted(const Decryptor& decryptor, const Decryptor::Stretch& stre
     std::string out(stretch.bytes.size(), '?');
     const std::size_t size = decryptor.decrypt(stretch, reinterpret_cast<std::uint8_t*>(out.data()));
     return out.substr(0, size);
-}
-
-template <typename Call> std::string messageOf(Call call)
-{
-    try {
-        call();
-    } catch (const GenericException& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
 }
 
 const std::string key128 = fromHex("2b7e151628aed2a6abf7158809cf4f3c");

@@ -2,15 +2,13 @@
 
 #include <array>
 #include <filesystem>
-#include <functional>
 #include <gtest/gtest.h>
 #include <string>
 #include <utility>
 
 #include "tests/Torv/TemporaryDirectory.h"
 #include "tests/support/EncryptedFile.h"
-
-#include "Torv/GenericException.h"
+#include "tests/support/MessageOf.h"
 
 namespace Torv::Security::Endecryptor
 {
@@ -28,16 +26,6 @@ std::string textOf(const IO::MappedView& view)
 std::unique_ptr<Decryptor> decryptorOf(const EncryptedFile& file)
 {
     return std::make_unique<Decryptor>(file.options);
-}
-
-std::string messageOf(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const GenericException& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
 }
 
 TEST(EncryptedMemoryMappedFile, GivesWhatOpensslEncrypted)
