@@ -4,9 +4,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+namespace JobParser
+{
+struct JobParserResult;
+}
 
 namespace Bench
 {
@@ -60,7 +66,10 @@ struct Yardstick {
 void measure(benchmark::State& state, std::size_t bytes, const std::function<void()>& work,
              const std::vector<Yardstick>& yardsticks);
 
-/// Measures what a host does with a job, opened, walked and dropped, beside one memchr pass over the file.
+/// What a host does with a job whose language it does not know.
+std::shared_ptr<JobParser::JobParserResult> parse(const ScratchFile& job);
+
+/// Measures that, beside one memchr pass over the file.
 void measureParse(benchmark::State& state, const ScratchFile& job);
 
 } // namespace Bench

@@ -1,15 +1,11 @@
 // What an operator of a PCL XL stream costs: stepped over, read and kept, and in memory.
 
 #include <malloc.h>
-#include <memory>
 
 #include "BenchSupport.h"
 #include "JobParser/Job.h"
-#include "JobParser/JobFile.h"
 #include "JobParser/Library.h"
 #include "JobParser/Parser.h"
-
-#include "Torv/Log/LogNull.h"
 
 namespace
 {
@@ -36,18 +32,9 @@ struct Stream {
     std::int64_t operators;
 };
 
-std::shared_ptr<JobParser::JobParserResult> parse(const Stream& stream)
-{
-    JobParser::Parser parser(std::make_shared<Torv::Log::LogNull>(), JobParser::paperList, false);
-    JobParser::JobFile file;
-    file.open(stream.file.path());
-    return parser.parse(file, {JobParser::Pdl::Detect, true, true});
-}
-
 void measureStream(benchmark::State& state, const Stream& stream)
 {
-    Bench::measure(state, stream.file.size(), [&] { benchmark::DoNotOptimize(parse(stream)); },
-                   {{"x_memchr", [&] { Bench::seeAllBytes(stream.file); }}});
+    Bench::measureParse(state, stream.file);
     state.SetItemsProcessed(stream.operators * state.iterations());
 }
 
@@ -78,7 +65,7 @@ void operatorsOfPages(benchmark::State& state)
     measureStream(state, stream);
 
     const std::size_t before = mallinfo2().uordblks;
-    const auto result = parse(stream);
+    const auto result = Bench::parse(stream.file);
     const auto used = static_cast<double>(mallinfo2().uordblks - before);
     state.counters["bytes_a_page"] = used * 4 / static_cast<double>(stream.operators);
 }
@@ -87,7 +74,7 @@ void metadataOfPages(benchmark::State& state)
 {
     JobParser::Library::init({});
     static const Stream stream(page, 4, 2 * Bench::mebibyte);
-    const auto result = parse(stream);
+    const auto result = Bench::parse(stream.file);
     const std::string text = result->job->toJson();
 
     Bench::measure(state, text.size(), [&] { benchmark::DoNotOptimize(result->job->toJson()); },

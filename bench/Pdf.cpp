@@ -6,12 +6,10 @@
 
 #include "BenchSupport.h"
 #include "JobParser/Job.h"
-#include "JobParser/JobFile.h"
 #include "JobParser/Library.h"
 #include "JobParser/Parser.h"
 
 #include "Torv/Json/Json.h"
-#include "Torv/Log/LogNull.h"
 
 namespace
 {
@@ -127,25 +125,15 @@ const Bench::ScratchFile& picturesWithoutLength()
     return file;
 }
 
-std::shared_ptr<JobParser::Job> parse(const Bench::ScratchFile& scratch)
-{
-    JobParser::Parser parser(std::make_shared<Torv::Log::LogNull>(), JobParser::paperList, false);
-    JobParser::JobFile file;
-    file.open(scratch.path());
-    return parser.parse(file, {JobParser::Pdl::Detect, true, true})->job;
-}
-
 void pdf(benchmark::State& state, const Bench::ScratchFile& (*input)())
 {
-    const Bench::ScratchFile& scratch = input();
-    Bench::measure(state, scratch.size(), [&] { benchmark::DoNotOptimize(parse(scratch)); },
-                   {{"x_memchr", [&] { Bench::seeAllBytes(scratch); }}});
+    Bench::measureParse(state, input());
 }
 
 void pdfSummary(benchmark::State& state, bool isReading)
 {
     JobParser::Library::init({});
-    const std::shared_ptr<JobParser::Job> job = parse(smallPages());
+    const std::shared_ptr<JobParser::Job> job = Bench::parse(smallPages())->job;
     const std::string text = job->toJson();
     const auto work = [&] {
         if (isReading)

@@ -2,35 +2,18 @@
 
 #include <array>
 #include <malloc.h>
-#include <memory>
 
 #include "BenchSupport.h"
 #include "JobParser/Job.h"
-#include "JobParser/JobFile.h"
 #include "JobParser/Parser.h"
 
 #include "Torv/Format.h"
-#include "Torv/Log/LogNull.h"
 
 namespace
 {
 
 constexpr std::size_t stretchSize = 64 * Bench::mebibyte;
 constexpr int comments = 1000000;
-
-std::shared_ptr<JobParser::JobParserResult> parse(const Bench::ScratchFile& scratch)
-{
-    JobParser::Parser parser(std::make_shared<Torv::Log::LogNull>(), JobParser::paperList, false);
-    JobParser::JobFile file;
-    file.open(scratch.path());
-    return parser.parse(file, {JobParser::Pdl::PostScript, true, true});
-}
-
-void measureParse(benchmark::State& state, const Bench::ScratchFile& scratch)
-{
-    Bench::measure(state, scratch.size(), [&] { benchmark::DoNotOptimize(parse(scratch)); },
-                   {{"x_memchr", [&] { Bench::seeAllBytes(scratch); }}});
-}
 
 // Binary pictures behind a first page of a few bytes.
 void pictures(benchmark::State& state)
@@ -40,7 +23,7 @@ void pictures(benchmark::State& state)
     scratch.append(Bench::randomBytes(stretchSize));
     scratch.append("\n%%EOF\n");
 
-    measureParse(state, scratch);
+    Bench::measureParse(state, scratch);
 }
 
 // The same as the first page, which is searched for matrices a second time.
@@ -51,7 +34,7 @@ void firstPage(benchmark::State& state)
     scratch.append(Bench::randomBytes(stretchSize));
     scratch.append("\n%%EOF\n");
 
-    measureParse(state, scratch);
+    Bench::measureParse(state, scratch);
 }
 
 // The same before the page setup ends, where rotations are looked for as well.
@@ -62,7 +45,7 @@ void pageSetup(benchmark::State& state)
     scratch.append(Bench::randomBytes(stretchSize));
     scratch.append("\n%%EndPageSetup\n%%EOF\n");
 
-    measureParse(state, scratch);
+    Bench::measureParse(state, scratch);
 }
 
 // A feature that is never closed.
@@ -75,7 +58,7 @@ void openFeature(benchmark::State& state)
         lines += "100 200 moveto (text of a page) show\n";
     scratch.append(lines);
 
-    measureParse(state, scratch);
+    Bench::measureParse(state, scratch);
 }
 
 std::string commentJob(const char* form)
@@ -91,10 +74,10 @@ void millionComments(benchmark::State& state, const char* form)
     Bench::ScratchFile scratch;
     scratch.append(commentJob(form));
 
-    measureParse(state, scratch);
+    Bench::measureParse(state, scratch);
     state.SetItemsProcessed(comments * state.iterations());
     const auto before = static_cast<double>(::mallinfo2().uordblks);
-    const auto result = parse(scratch);
+    const auto result = Bench::parse(scratch);
     const auto after = static_cast<double>(::mallinfo2().uordblks);
     state.counters["bytes_a_comment"] = (after - before) / comments;
 }
