@@ -49,7 +49,6 @@ ROOTS = ("Torv", "JobParser", "pdf", "tools", "worker")
 # Rooms that have nothing to do with those beside them.
 APART = ("pdf",)
 
-ROOTS = ("Torv", "JobParser", "pdf", "tools")
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*["<]([^">]+)[">]', re.MULTILINE)
 
 
