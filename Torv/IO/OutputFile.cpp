@@ -53,7 +53,37 @@ bool isStandardOutput(const struct stat& status)
            output.st_ino == status.st_ino;
 }
 
+/// Calls `take` with one name after the other in the folder of the path, until it succeeds or fails for
+/// another reason than that the name is taken. The name, or an empty one.
+template <typename Take> std::string takeTemporaryName(const std::string& path, Take take)
+{
+    const std::string stem = folderOf(path) + ".jobparser-" + std::to_string(::getpid()) + "-";
+    for (int i = 0; i < maxTemporaryNames; ++i) {
+        std::string name = stem + std::to_string(i) + ".tmp";
+        if (take(name))
+            return name;
+        if (errno != EEXIST)
+            break;
+    }
+    return {};
+}
+
+/// The name by which the kernel knows an open file.
+std::string kernelName(int descriptor)
+{
+    return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
 } // namespace
+
+bool OutputFile::isStraight(const std::string& path, StandardOutput standardOutput)
+{
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0)
+        return false;
+    return !S_ISREG(status.st_mode) ||
+           (standardOutput == StandardOutput::IsWrittenStraight && isStandardOutput(status));
+}
 
 OutputFile::OutputFile(const std::string& path, StandardOutput standardOutput) : m_path(path)
 {
@@ -66,7 +96,7 @@ OutputFile::OutputFile(const std::string& path, StandardOutput standardOutput) :
         m_descriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
     } else {
         m_path = followLinks(path);
-        openTemporary(folderOf(m_path), exists ? status.st_mode & permissionBits : newFileMode, exists);
+        openTemporary(exists ? status.st_mode & permissionBits : newFileMode, exists);
     }
     if (m_descriptor < 0)
         fail(errno);
@@ -86,6 +116,8 @@ void OutputFile::commit()
 {
     m_stream->flush();
     m_stream.reset();
+    if (m_isUnnamed)
+        nameUnnamed();
     closeDescriptor();
     if (m_temporary.empty())
         return;
@@ -94,20 +126,10 @@ void OutputFile::commit()
     m_temporary.clear();
 }
 
-void OutputFile::openTemporary(const std::string& folder, unsigned mode, bool replaces)
+void OutputFile::openTemporary(unsigned mode, bool replaces)
 {
-    const std::string stem = folder + ".jobparser-" + std::to_string(::getpid()) + "-";
-    for (int i = 0; i < maxTemporaryNames; ++i) {
-        const std::string name = stem + std::to_string(i) + ".tmp";
-        // Nobody may read a private job's bytes before the file has the permissions of the one it replaces.
-        m_descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-        if (m_descriptor >= 0) {
-            m_temporary = name;
-            break;
-        }
-        if (errno != EEXIST)
-            return;
-    }
+    if (!openUnnamed(mode))
+        openNamed(mode);
     if (m_descriptor >= 0 && replaces && ::fchmod(m_descriptor, mode) != 0) {
         const int error = errno;
         ::close(m_descriptor);
@@ -115,6 +137,40 @@ void OutputFile::openTemporary(const std::string& folder, unsigned mode, bool re
         ::unlink(m_temporary.c_str());
         errno = error;
     }
+}
+
+/// False where files without a name cannot be had, or not be named later.
+bool OutputFile::openUnnamed(unsigned mode)
+{
+    const std::string folder = folderOf(m_path);
+    m_descriptor = ::open(folder.empty() ? "." : folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode);
+    if (m_descriptor < 0)
+        return false;
+    m_isUnnamed = ::access(kernelName(m_descriptor).c_str(), F_OK) == 0;
+    if (!m_isUnnamed) {
+        ::close(m_descriptor);
+        m_descriptor = -1;
+    }
+    return m_isUnnamed;
+}
+
+void OutputFile::openNamed(unsigned mode)
+{
+    // Nobody may read a private job's bytes before the file has the permissions of the one it replaces.
+    m_temporary = takeTemporaryName(m_path, [&](const std::string& name) {
+        m_descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+        return m_descriptor >= 0;
+    });
+}
+
+void OutputFile::nameUnnamed()
+{
+    const std::string unnamed = kernelName(m_descriptor);
+    m_temporary = takeTemporaryName(m_path, [&](const std::string& name) {
+        return ::linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    });
+    if (m_temporary.empty())
+        fail(errno);
 }
 
 void OutputFile::closeDescriptor()

@@ -10,15 +10,19 @@ namespace Torv::IO
 
 /// A file that appears at its path only when it is whole; until then the old one stays and can be read.
 ///
-/// It is written under another name in the same folder and renamed. What stands at the path and is no regular
-/// file, such as a device or a pipe, is written straight. A link stays, and the file that it names is
-/// replaced. A replaced file passes on its permissions.
+/// It is written without a name, so that nothing stays of a process that is killed, then gets another name in
+/// the same folder and is renamed. Where the file system has no files without a name it has that name from the
+/// start. What stands at the path and is no regular file, such as a device or a pipe, is written straight. A
+/// link stays, and the file that it names is replaced. A replaced file passes on its permissions.
 class OutputFile
 {
 public:
     /// What happens to a regular file that standard output writes to already. A program writes it straight,
     /// behind what stands there. In a library the descriptor may belong to anything.
     enum class StandardOutput { IsReplaced, IsWrittenStraight };
+
+    /// Whether an OutputFile for this path would be written straight.
+    static bool isStraight(const std::string& path, StandardOutput standardOutput);
 
     /// Throws GenericException, with the path and the system's reason, if nothing can be written there.
     explicit OutputFile(const std::string& path, StandardOutput standardOutput = StandardOutput::IsReplaced);
@@ -38,11 +42,15 @@ public:
 
 private:
     [[noreturn]] void fail(int error) const;
-    void openTemporary(const std::string& folder, unsigned mode, bool replaces);
+    void openTemporary(unsigned mode, bool replaces);
+    bool openUnnamed(unsigned mode);
+    void openNamed(unsigned mode);
+    void nameUnnamed();
     void closeDescriptor();
 
     std::string m_path;      ///< With links followed.
-    std::string m_temporary; ///< Empty if the path is written straight.
+    std::string m_temporary; ///< Empty as long as nothing has that name.
+    bool m_isUnnamed = false;
     int m_descriptor = -1;
     std::optional<FileStream> m_stream;
 };

@@ -1,5 +1,6 @@
 #include "Torv/IO/OutputFile.h"
 
+#include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -7,6 +8,7 @@
 #include <iterator>
 #include <string>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "tests/Torv/TemporaryDirectory.h"
@@ -78,6 +80,55 @@ TEST_F(OutputFileTest, AppearsWhenItIsCommitted)
 
     EXPECT_EQ(contentsOf(m_path), "new");
     EXPECT_EQ(files(), 1);
+}
+
+TEST_F(OutputFileTest, LeavesNothingOfAProcessThatIsKilled)
+{
+    const int unnamed = ::open(m_directory.path("").c_str(), O_TMPFILE | O_WRONLY, 0600);
+    if (unnamed < 0)
+        GTEST_SKIP() << "Files without a name cannot be had here";
+    ::close(unnamed);
+    writeOld();
+
+    const pid_t child = ::fork();
+    if (child == 0) {
+        OutputFile file(m_path);
+        put(file, "new");
+        file.flush();
+        ::kill(::getpid(), SIGKILL);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(contentsOf(m_path), "old");
+    EXPECT_EQ(files(), 1);
+}
+
+TEST_F(OutputFileTest, PassesByNamesThatAreTaken)
+{
+    const std::string stem = m_directory.path(".jobparser-") + std::to_string(::getpid());
+    std::ofstream(stem + "-0.tmp") << "other";
+
+    OutputFile file(m_path);
+    put(file, "new");
+    file.commit();
+
+    EXPECT_EQ(contentsOf(m_path), "new");
+    EXPECT_EQ(contentsOf(stem + "-0.tmp"), "other");
+    EXPECT_EQ(files(), 2);
+}
+
+TEST_F(OutputFileTest, TellsWhatIsWrittenStraight)
+{
+    writeOld();
+    const RedirectedOutput redirected(m_path);
+    using enum OutputFile::StandardOutput;
+
+    EXPECT_TRUE(OutputFile::isStraight("/dev/null", IsReplaced));
+    EXPECT_TRUE(OutputFile::isStraight(m_path, IsWrittenStraight));
+    EXPECT_FALSE(OutputFile::isStraight(m_path, IsReplaced));
+    EXPECT_FALSE(OutputFile::isStraight(m_directory.path("none"), IsWrittenStraight));
 }
 
 TEST_F(OutputFileTest, LeavesNothingWhenItIsNot)
