@@ -24,8 +24,8 @@ namespace JobParser
 /// What a job can be converted to. The numbers are sent to worker processes, which may know more.
 enum class ConversionFormat : std::int32_t {
     Pdf = 0,
-    Png = 1,  ///< One file a page.
-    Jpeg = 2, ///< One file a page.
+    Png = 1,  ///< One file a page, with "-1" and so on in front of the suffix of `outPath`.
+    Jpeg = 2, ///< The same.
     Tiff = 3, ///< All pages in one file.
     Text = 4, ///< UTF-8.
     PostScript = 5,
@@ -34,7 +34,7 @@ enum class ConversionFormat : std::int32_t {
 /// What a worker process is to convert, and how. For numbers 0 leaves the choice to it.
 struct JOBPARSER_EXPORT ConvertParams {
     std::string jobPath;
-    std::string outPath;
+    std::string outPath; ///< A file, or where there is none yet; no device and no pipe.
     ConversionFormat conversionFormat = ConversionFormat::Pdf;
     std::uint32_t pageCount = 0; ///< The first so many pages; 0 for all.
     bool forceMono = false;

@@ -11,6 +11,7 @@
 #include "JobParser/Library.h"
 #include "JobParser/Parser.h"
 #include "JobParser/paper/PaperSizeManager.h"
+#include "tools/Conversion.h"
 #include "tools/Heap.h"
 #include "tools/Scan.h"
 #include "tools/Session.h"
@@ -215,7 +216,7 @@ ExitStatus runConvert(const Options& options)
         ConvertParams params = options.conversion;
         params.jobPath = options.files[0];
         params.outPath = options.files[1];
-        Library::extJobProcessor().convert(params);
+        convert(params);
         return StatusDone;
     } catch (const std::exception& error) {
         reportFailure(options.files[0], error);

@@ -49,21 +49,32 @@ bool isOld(const Descriptor& folder)
            facts.st_mtime < std::time(nullptr) - longestWithoutLock;
 }
 
+[[noreturn]] void fail(const std::string& path, const std::string& reason)
+{
+    throw WorkerException(ErrorCode::NoFile, "Cannot write file | path=" + path + " | error=" + reason);
+}
+
 [[noreturn]] void fail(const std::string& path, int error)
 {
-    throw WorkerException(ErrorCode::NoFile,
-                          "Cannot write file | path=" + path + " | error=" + Torv::systemError(error));
+    fail(path, Torv::systemError(error));
+}
+
+/// A file that is moved to the path of a device or a pipe would take its place.
+void requireReplaceable(const std::string& outPath)
+{
+    struct stat facts {
+    };
+    if (::stat(outPath.c_str(), &facts) == 0 && !S_ISREG(facts.st_mode))
+        fail(outPath, "Not a regular file");
 }
 
 } // namespace
 
 OutputFolder::OutputFolder(const std::string& outPath) : m_path(folderOf(outPath) + prefix + placeholder)
 {
-    if (::mkdtemp(m_path.data()) == nullptr) {
-        const int error = errno;
-        m_path.clear();
-        fail(outPath, error);
-    }
+    requireReplaceable(outPath);
+    if (::mkdtemp(m_path.data()) == nullptr)
+        fail(outPath, errno);
     m_lock = lock(m_path);
     m_path += '/';
 }

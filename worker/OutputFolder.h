@@ -12,7 +12,8 @@ namespace JobParser::Worker
 class OutputFolder
 {
 public:
-    /// Throws WorkerException if nothing can be written beside `outPath`.
+    /// Throws WorkerException if nothing can be written beside `outPath`, or if what stands there is no
+    /// regular file, such as a device.
     explicit OutputFolder(const std::string& outPath);
     ~OutputFolder();
     OutputFolder(const OutputFolder&) = delete;

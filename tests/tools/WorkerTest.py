@@ -173,6 +173,55 @@ class Convert(WorkerToolTest):
         done = self.run_tool("convert", "job", "out", "--format", "0", "--worker", "missing", status=FAILED)
         self.assert_failure_line(done, "job")
 
+    # Writes "made" to the file that a conversion names, and a second file beside it if that is format 1.
+    MAKING = b"""#!/bin/sh
+read -r request
+out=$(printf %s "$request" | sed 's/.*"outPath":"\\([^"]*\\)".*/\\1/')
+case $request in
+*'"conversionFormat":1,'*) printf made >"$out-1" ;;
+*) printf made >"$out" ;;
+esac
+echo '{"success":true}'
+"""
+
+    def making_worker(self):
+        self.file("making", self.MAKING)
+        (self.folder / "making").chmod(0o755)
+        return ["--worker", str(self.folder / "making")]
+
+    def test_copies_what_goes_to_standard_output_or_a_pipe(self):
+        self.file("job", RAW)
+        os.mkfifo(self.folder / "pipe")
+        temporary = self.folder / "temporary"
+        temporary.mkdir()
+        environment = {**os.environ, "TMPDIR": str(temporary)}
+        worker = self.making_worker()
+
+        for out in ("/dev/stdout", "/dev/fd/1"):
+            text = self.output("convert", "job", out, "--format", "0", *worker, env=environment)
+            self.assertEqual(text, b"made", out)
+        with subprocess.Popen([TOOL, "convert", "job", "pipe", "--format", "0", *worker], cwd=self.folder,
+                              env=environment) as process:
+            self.assertEqual((self.folder / "pipe").read_bytes(), b"made")
+        self.assertEqual(process.returncode, 0)
+        with open(self.folder / "file", "wb") as file:
+            file.write(b"before ")
+            file.flush()
+            subprocess.run([TOOL, "convert", "job", "/dev/stdout", "--format", "0", *worker], cwd=self.folder,
+                           env=environment, stdout=file, check=True)
+
+        self.assertEqual((self.folder / "file").read_bytes(), b"before made")
+        self.assertTrue((self.folder / "pipe").is_fifo())
+        self.assertEqual(list(temporary.iterdir()), [])
+
+    def test_refuses_to_write_several_files_to_a_device(self):
+        self.file("job", RAW)
+
+        done = self.run_tool("convert", "job", "/dev/null", "--format", "1", *self.making_worker(), status=FAILED)
+
+        self.assert_failure_line(done, "job")
+        self.assertIn(b"Several files cannot be written there | path=/dev/null", done.stderr)
+
     def test_tells_the_worker_how_the_job_is_encrypted(self):
         self.file("job", RAW)
         script = f"each log {self.folder}/requests arguments"

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "tests/Torv/TemporaryDirectory.h"
 #include "worker/WorkerException.h"
@@ -105,6 +106,27 @@ TEST(OutputFolder, RefusesAPathWithoutItsFolder)
     const Torv::Test::TemporaryDirectory directory;
 
     EXPECT_THROW(OutputFolder(directory.path("none/a.pdf")), WorkerException);
+}
+
+TEST(OutputFolder, RefusesToTakeThePlaceOfAPipe)
+{
+    const Torv::Test::TemporaryDirectory directory;
+    const std::string pipe = directory.path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    std::filesystem::create_symlink("pipe", directory.path("link"));
+
+    for (const char* const name : {"pipe", "link", ""}) {
+        try {
+            const OutputFolder folder(directory.path(name));
+            FAIL() << name;
+        } catch (const WorkerException& thrown) {
+            EXPECT_EQ(std::string(thrown.what()),
+                      "Cannot write file | path=" + directory.path(name) + " | error=Not a regular file");
+        }
+    }
+
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+    EXPECT_TRUE(std::filesystem::is_symlink(directory.path("link")));
 }
 
 TEST(OutputFolder, PutsNumbersInFrontOfSuffixes)
