@@ -29,7 +29,7 @@ Subcommands:
   rewrite FILE -o OUT STEP...
                      changes the job and writes it: wrap it into PJL, set, add and remove PJL
                      commands, ask for finishing, strip PJL or PRESCRIBE, rename
-  show FILE -o OUT   writes one page of HTML that shows the job: record, file and chunks
+  show FILE          writes one page of HTML that shows the job: record, file and chunks
 
   jobparser SUBCOMMAND --help   what a subcommand takes
   jobparser --version           the version
@@ -46,8 +46,8 @@ Exit status:
   0  done
   1  failed; the reason is on standard error, and nothing half-written stays
   2  the command line is wrong
-  3  the job is malformed: it was taken as one raw stretch, the output is written all the same,
-     and the cause is on standard error
+  3  not info, scan and convert: the job is malformed; it was taken as one raw stretch, the output
+     is written all the same, and the cause is on standard error
 )";
 
 struct SubcommandRow {
@@ -73,7 +73,8 @@ constexpr std::array subcommandRows = {
                   "Tests that every chunk of the job writes as many bytes as it says.\n"},
     SubcommandRow{"convert", Subcommand::Convert, "[OPTION...] FILE OUT --format N",
                   "Has a worker process convert the job. Formats of the usual worker: 0 PDF, 1 PNG, 2 JPEG,\n"
-                  "3 TIFF, 4 text, 5 PostScript; PNG and JPEG make a file for each page.\n"},
+                  "3 TIFF, 4 text, 5 PostScript; PNG and JPEG make a file for each page: of OUT page.png it is\n"
+                  "page-1.png and so on.\n"},
     SubcommandRow{"save", Subcommand::Save, "[OPTION...] FILE -o OUT",
                   "Writes the job's bytes, chunk by chunk.\n"
                   "OUT may be FILE: it changes only when the new bytes are complete.\n"},
@@ -87,7 +88,7 @@ constexpr std::array subcommandRows = {
         "the steps that show quotation marks below write them. A step that finds nothing to do is no\n"
         "failure.\n"},
     SubcommandRow{
-        "show", Subcommand::Show, "[OPTION...] FILE -o OUT",
+        "show", Subcommand::Show, "[OPTION...] FILE",
         "Writes one page of HTML, which needs nothing else: the job's record in words, the file as a\n"
         "bar of its chunks, and the chunks as a list to search. What the job says is only text there.\n"},
 };
@@ -163,7 +164,7 @@ constexpr std::array optionRows = {
               [](Options& options, const char*) { return !(options.worker.isUsed = false); }},
     OptionRow{"config", "FILE", walkers, "names of papers; default: ParserConfig/config.ini beside the tool",
               [](Options& options, const char* text) { return options.config.emplace(text), true; }},
-    OptionRow{"log", "LEVEL", walkers, "show log messages of level 0 to LEVEL on standard error",
+    OptionRow{"log", "LEVEL", walkers, "show log messages of level 0 to LEVEL on standard error: 1 errors, 3 warnings, 4 all",
               [](Options& options, const char* text) { return readLevel(text, options.logLevel); }},
     OptionRow{"from-meta", "META", parsers, "load the job from this metadata; FILE still gives the bytes",
               [](Options& options, const char* text) { return options.metadata.emplace(text), true; }},
@@ -478,9 +479,11 @@ std::variant<Options, Answer> readCommandLine(int argc, char** argv)
     for (const SubcommandRow& row : subcommandRows)
         if (first == row.name)
             return Reader(row).read(argc - 1, argv + 1);
-    if (argc == 2 && first == "--help")
+    if (argc > 2 && (first == "--help" || first == "--version"))
+        return wrong(std::string(first) + " stands alone", {});
+    if (first == "--help")
         return Answer{std::string(helpText), false};
-    if (argc == 2 && first == "--version")
+    if (first == "--version")
         return Answer{"jobparser " JOBPARSER_VERSION "\n", false};
     return wrong("There is no subcommand " + std::string(first), {});
 }

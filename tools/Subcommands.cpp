@@ -98,13 +98,18 @@ template <typename Write> void writeOutput(const std::optional<std::string>& pat
     }
 }
 
-/// Where the job's metadata belongs. Throws if that is the job itself.
-std::string placeBeside(const std::string& file)
+/// Throws if metadata that only goes with the bytes of the job is to take their place.
+void requireAnotherPlace(const std::string& place, const std::string& file)
 {
-    std::string place = Job::getMedataFile(file);
     std::error_code error;
     if (place == file || std::filesystem::equivalent(place, file, error))
         throw Torv::GenericException("The metadata would replace the job | path=" + place);
+}
+
+std::string placeBeside(const std::string& file)
+{
+    std::string place = Job::getMedataFile(file);
+    requireAnotherPlace(place, file);
     return place;
 }
 
@@ -124,6 +129,8 @@ void writeMetadata(const LoadedJob& loaded, const Options& options)
 /// Both files are whole before the first one appears.
 void rewrite(LoadedJob& loaded, const Options& options)
 {
+    if (options.metadataOutput)
+        requireAnotherPlace(*options.metadataOutput, options.files.front());
     for (const RewriteStep& step : options.steps)
         step.applyTo(*loaded.job);
     OutputFile output(*options.output, writtenStraight);

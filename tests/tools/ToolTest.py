@@ -509,6 +509,17 @@ class Rewrite(ToolTest):
             self.assertEqual(self.read("out"), b"as it was")
             self.assertEqual(self.names(), ["job", "out"])
 
+    def test_does_not_put_metadata_in_the_place_of_the_job(self):
+        self.file("job", self.JOB)
+        os.link(self.folder / "job", self.folder / "same")
+        for meta in ("job", "./job", "same"):
+            done = self.run_tool("rewrite", "job", "-o", "out", "--meta-out", meta, "--set", "A=1", status=FAILED)
+
+            self.assertEqual(done.stderr.decode(),
+                             f"jobparser: job: The metadata would replace the job | path={meta}\n")
+            self.assertEqual(self.read("job"), self.JOB)
+            self.assertEqual(self.names(), ["job", "same"])
+
     def test_writes_both_to_one_pipe_one_behind_the_other(self):
         out = self.rewritten("--set", "QTY=3", "--meta-out", "meta")
 
@@ -920,6 +931,12 @@ class CommandLine(ToolTest):
                 self.assertEqual(done.stdout, b"")
                 self.assertNotEqual(done.stderr, b"")
         self.assertEqual(self.names(), ["job"])
+
+    def test_says_that_help_and_version_stand_alone(self):
+        for option in ("--help", "--version"):
+            done = self.run_tool(option, "info", status=WRONG)
+
+            self.assertEqual(done.stderr.decode(), f"jobparser: {option} stands alone\nTry: jobparser --help\n")
 
 
 if __name__ == "__main__":

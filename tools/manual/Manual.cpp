@@ -172,7 +172,9 @@ std::string manualPage()
     }
     page += ".Sh FILES\n.Bl -tag -width Ds\n.It Pa ParserConfig/config.ini\n"
             "beside the tool: tolerance of paper sizes and further names of papers\n"
-            ".It Pa FILE.meta.json\nwhere the metadata of a job belongs\n.El\n";
+            ".It Pa FILE.meta.json\nwhere the metadata of a job belongs\n"
+            ".It Pa share/jobparser/schema/record.schema.json , metadata.schema.json\n"
+            "below the prefix: the form of the JSON, and what its numbers stand for\n.El\n";
     page += ".Sh EXIT STATUS\n" + roffStatuses(sectionOf("Exit status:"));
     page += ".Sh EXAMPLES\n" + roffLiteral(sectionOf("Examples:"));
     page += ".Sh SEE ALSO\n.Xr JobParserC 3 ,\n.Xr ZemJobProcessor 8\n";
