@@ -179,8 +179,9 @@ Result Scanner::resultOf(const FileFinder::Found& found, JobFile& file)
         result.bytes = file.fileSize;
         line.addJson("info", m_parser.parse(file, parseOptionsOf(m_options))->job->jobInfo.toJson());
     } catch (const std::exception& error) {
-        line.add("error", error.what());
-        result.error = "jobparser: " + found.path + ": " + error.what();
+        const std::string message = messageOf(error);
+        line.add("error", message);
+        result.error = "jobparser: " + found.path + ": " + message;
     }
     result.line = line.take() + '\n';
     result.isReady = true;

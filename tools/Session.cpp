@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <filesystem>
+#include <stdexcept>
 
 #include "JobParser/Library.h"
 #include "JobParser/paper/PaperSizeManager.h"
@@ -68,9 +69,19 @@ Parser::ParseOptions parseOptionsOf(const Options& options)
     return {static_cast<Pdl>(options.pdl), options.collectJobInfo, options.allowRestrictedPdf};
 }
 
+std::string messageOf(const std::exception& error)
+{
+    const std::string text = error.what();
+    const bool isNumber = dynamic_cast<const std::invalid_argument*>(&error) != nullptr ||
+                          dynamic_cast<const std::out_of_range*>(&error) != nullptr;
+    if (isNumber)
+        return "A number cannot be read | error=" + text;
+    return text.empty() ? "The job ends too early" : text;
+}
+
 void reportFailure(const std::string& file, const std::exception& error)
 {
-    printError("jobparser: " + file + ": " + error.what());
+    printError("jobparser: " + file + ": " + messageOf(error));
 }
 
 } // namespace JobParser::Tool

@@ -30,6 +30,9 @@ void openJob(JobFile& file, const std::string& path, const Options& options);
 
 Parser::ParseOptions parseOptionsOf(const Options& options);
 
+/// What went wrong, for people: some exceptions of a parse say nothing, or only the name of a function.
+std::string messageOf(const std::exception& error);
+
 /// Tells on standard error that a file failed.
 void reportFailure(const std::string& file, const std::exception& error);
 

@@ -140,6 +140,17 @@ class Info(ToolTest):
         for option in (["--pdl", "1"], ["--no-worker"], ["--log", "4"], ["--no-collect"], ["-o", "out"]):
             self.run_tool("info", "job", *option, status=WRONG)
 
+    def test_says_what_went_wrong_where_an_exception_says_little(self):
+        self.file("number", UEL + b"@PJL XCPT <copies>x</copies>\r\n" + UEL)
+        self.file("cut", b"%PDF-1.4\n1 0 obj")
+
+        for arguments, message in ((["info", "number"], "A number cannot be read | error=stoi"),
+                                   (["check", "cut", "--refuse-restricted"], "The job ends too early")):
+            done = self.run_tool(*arguments, status=FAILED)
+            self.assertEqual(done.stderr.decode(), f"jobparser: {arguments[1]}: {message}\n")
+        done = self.run_tool("scan", "number", status=FAILED)
+        self.assertEqual(json.loads(done.stdout), {"path": "number", "error": "A number cannot be read | error=stoi"})
+
     def test_keeps_a_message_on_one_line(self):
         done = self.run_tool("info", "two\nlines\x1b[31m", status=FAILED)
 
