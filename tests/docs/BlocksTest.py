@@ -43,6 +43,11 @@ static void openEncrypted(JobParser::JobFile& file, const std::string& path, con
 %(encrypted)s
 }
 
+static void startWorkers()
+{
+%(workers)s
+}
+
 %(guarded)s
 
 %(handler)s
@@ -71,6 +76,9 @@ int main(int argc, char** argv)
     } catch (const Torv::GenericException& error) {
         std::puts(error.what());
     }
+
+    startWorkers();
+    std::puts(jobInfoOrNull(argv[1]));
 }
 """
 
@@ -158,10 +166,13 @@ class Blocks(unittest.TestCase):
             self.assertRegex(usage, rf"(?m)^  {command} ")
 
     def test_pieces_for_hosts_do_what_they_say(self):
-        encrypted, safe, guarded, handler = self.programs(HOSTING, "cpp", "c", "cpp", "cpp")
+        workers, encrypted, safe, guarded, handler = self.programs(HOSTING, "cpp", "cpp", "c", "cpp", "cpp")
+        self.assertIn('"/usr/bin"', workers)
+        workers = workers.replace("/usr/bin", str(self.prefix / "bin"))
         function, statement = re.fullmatch(r"(.*^\}\n)\s*(\S[^\n]*\n)", handler, re.MULTILINE | re.DOTALL).groups()
         (self.folder / "host.cpp").write_text(
-            HOST % {"encrypted": encrypted, "guarded": guarded, "handler": function, "installed": statement},
+            HOST % {"workers": workers, "encrypted": encrypted, "guarded": guarded, "handler": function,
+                    "installed": statement},
             encoding="utf-8")
         run("openssl", "enc", "-aes-128-cbc", "-K", KEY.hex(), "-iv", VECTOR.hex(), "-in", self.folder / "job.prn",
             "-out", self.folder / "encrypted.prn")
@@ -173,7 +184,9 @@ class Blocks(unittest.TestCase):
         self.assertIn('"copies":5', output[0])
         self.assertEqual(output[1:3], ["null", str(len(JOB))])
         self.assertRegex(output[3], r"^Assertion failed: argc == 0 \| file=host \| function=main$")
-        self.assertEqual(len(output), 4)
+        pages = "1" if (self.prefix / "bin/ZemJobProcessor").exists() else "null"
+        self.assertIn(f'"monoCount":{pages},', output[4])
+        self.assertEqual(len(output), 5)
 
         (self.folder / "duplex.c").write_text(safe, encoding="utf-8")
         run("sh", "-e", "-c", "cc -std=c99 -Wall -Wextra -Werror duplex.c -o duplex $(pkg-config --cflags --libs jobparser)",
