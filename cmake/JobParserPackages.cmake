@@ -100,7 +100,7 @@ if(TARGET jobparser)
         DEPENDS "${libraryPackage} ${sameVersion}"
         RECOMMENDS libssl3
         SUGGESTS jobparser-worker
-        CONTAINS "libre2-dev libminizip-dev zlib1g-dev libsimdjson-dev libsimpleini-dev")
+        CONTAINS "libre2-dev libminizip-dev zlib1g-dev libsimdjson-dev libsimpleini-dev libc6-dev")
 endif()
 if(TARGET ZemJobProcessor)
     add_package(worker jobparser-worker utils
