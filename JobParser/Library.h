@@ -23,7 +23,7 @@ public:
     struct Options {
         std::string directory;               ///< Of the worker executable.
         std::int32_t processCount = 0;       ///< Worker processes; 0 starts none.
-        std::int32_t poolLimit = 0;          ///< Requests that one worker serves before it is replaced.
+        std::int32_t poolLimit = 0;          ///< Requests that one worker serves; 0 for no limit.
         std::int32_t grayscaleTolerance = 0; ///< Sent with every request to parse.
         std::int64_t poolDeadline = 0;       ///< Milliseconds that a request may take; 0 for no limit.
         std::string executable;              ///< File name of the worker.

@@ -51,7 +51,7 @@ public:
         bool allowRestrictedPdf; ///< Whether encrypted PDF is taken.
     };
 
-    /// `papers` outlives the parser. `useExternalParser` says whether worker processes may be asked.
+    /// `papers` outlives the parser. `externalParserAllowed` says whether worker processes may be asked.
     Parser(std::shared_ptr<Torv::Log::ILog> theLog, PaperSizeManager& papers, bool externalParserAllowed);
     ~Parser();
 
