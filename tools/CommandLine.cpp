@@ -71,10 +71,11 @@ constexpr std::array subcommandRows = {
     SubcommandRow{"dump", Subcommand::Dump, "[OPTION...] FILE", "Prints the job's chunks, one a line.\n"},
     SubcommandRow{"check", Subcommand::Check, "[OPTION...] FILE",
                   "Tests that every chunk of the job writes as many bytes as it says.\n"},
-    SubcommandRow{"convert", Subcommand::Convert, "[OPTION...] FILE OUT --format N",
-                  "Has a worker process convert the job. Formats of the usual worker: 0 PDF, 1 PNG, 2 JPEG,\n"
-                  "3 TIFF, 4 text, 5 PostScript; PNG and JPEG make a file for each page: of OUT page.png it is\n"
-                  "page-1.png and so on.\n"},
+    SubcommandRow{
+        "convert", Subcommand::Convert, "[OPTION...] FILE OUT --format N",
+        "Has a worker process convert the job. Formats of the usual worker: 0 PDF, 1 PNG, 2 JPEG,\n"
+        "3 TIFF, 4 text, 5 PostScript; PNG and JPEG make a file for each page: of OUT page.png it is\n"
+        "page-1.png and so on.\n"},
     SubcommandRow{"save", Subcommand::Save, "[OPTION...] FILE -o OUT",
                   "Writes the job's bytes, chunk by chunk.\n"
                   "OUT may be FILE: it changes only when the new bytes are complete.\n"},
@@ -164,7 +165,8 @@ constexpr std::array optionRows = {
               [](Options& options, const char*) { return !(options.worker.isUsed = false); }},
     OptionRow{"config", "FILE", walkers, "names of papers; default: ParserConfig/config.ini beside the tool",
               [](Options& options, const char* text) { return options.config.emplace(text), true; }},
-    OptionRow{"log", "LEVEL", walkers, "show log messages of level 0 to LEVEL on standard error: 1 errors, 3 warnings, 4 all",
+    OptionRow{"log", "LEVEL", walkers,
+              "show log messages of level 0 to LEVEL on standard error: 1 errors, 3 warnings, 4 all",
               [](Options& options, const char* text) { return readLevel(text, options.logLevel); }},
     OptionRow{"from-meta", "META", parsers, "load the job from this metadata; FILE still gives the bytes",
               [](Options& options, const char* text) { return options.metadata.emplace(text), true; }},

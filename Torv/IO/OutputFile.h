@@ -11,9 +11,9 @@ namespace Torv::IO
 /// A file that appears at its path only when it is whole; until then the old one stays and can be read.
 ///
 /// It is written without a name, so that nothing stays of a process that is killed, then gets another name in
-/// the same folder and is renamed. Where the file system has no files without a name it has that name from the
-/// start. What stands at the path and is no regular file, such as a device or a pipe, is written straight. A
-/// link stays, and the file that it names is replaced. A replaced file passes on its permissions.
+/// the same folder and is renamed. Where the file system has no files without a name it has that name from
+/// the start. What stands at the path and is no regular file, such as a device or a pipe, is written
+/// straight. A link stays, and the file that it names is replaced. A replaced file passes on its permissions.
 class OutputFile
 {
 public:
