@@ -63,7 +63,7 @@ typedef struct JobParserSetUpOptions {
     const char* arguments;      /* command line of the worker; default: empty */
     const char* config;         /* names of papers; default: ParserConfig/config.ini beside the executable */
     int32_t processCount;       /* 0: two; below 0: no workers */
-    int32_t poolLimit;          /* requests that one worker serves; 0: 500 */
+    int32_t poolLimit;          /* requests that one worker serves; 0: 500; below 0: no limit */
     int64_t poolDeadline;       /* milliseconds that a request may take; 0: 300000; below 0: no limit */
     int32_t grayscaleTolerance; /* sent with every request */
     int32_t reserved;           /* 0 */
