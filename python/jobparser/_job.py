@@ -70,7 +70,8 @@ def set_up(
 
     `directory` and `executable` name the worker, of which `processes` run: two if it is None, none if it is 0.
     `deadline_ms` is how long a request to one may take: 300000 if it is None, without a limit if it is 0.
-    `config` names papers. `decrypt` says how all job files are encrypted. Raises AlreadySetUpError if the library is set up.
+    `pool_limit` is how many requests one serves: 500 if it is 0, without a limit below. `config` names papers.
+    `decrypt` says how all job files are encrypted. Raises AlreadySetUpError if the library is set up.
     """
     options = _library.SetUpOptions(
         structSize=ctypes.sizeof(_library.SetUpOptions),
