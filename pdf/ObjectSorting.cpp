@@ -69,6 +69,31 @@ bool isReference(const DictionaryEntry& entry)
     return std::holds_alternative<Reference>(entry.value);
 }
 
+/// Finds out whether all values of a dictionary on a tape are references.
+///
+/// Another value does not count under a key that stood before. To ask for that takes as long as the
+/// dictionary is, so that after a few such keys nobody asks any more.
+class ReferencesAlone
+{
+public:
+    void take(const ValueTape& tape, std::string_view key, const Token& value)
+    {
+        if (!m_mayBeAll || !isKnown() || value.kind == Token::Kind::Reference)
+            return;
+        m_mayBeAll = tape.find(key) != &value;
+        ++m_repeatedKeys;
+    }
+
+    bool mayBeAll() const { return m_mayBeAll; }
+    bool isKnown() const { return !m_mayBeAll || m_repeatedKeys < mostRepeatedKeys; }
+
+private:
+    static constexpr int mostRepeatedKeys = 8;
+
+    bool m_mayBeAll = true;
+    int m_repeatedKeys = 0;
+};
+
 } // namespace
 
 Destination destinationOf(const Value& value)
@@ -87,20 +112,17 @@ Destination destinationOf(const Value& value)
     return isKept ? Destination::Embeddable : Destination::Dropped;
 }
 
-// The first of equal keys counts. Whether a key stood before is only asked where it decides, and not forever.
+// The first of equal keys counts.
 ObjectFacts factsOf(const ValueTape& tape)
 {
-    constexpr int mostRepeatedKeys = 8;
-
     ObjectFacts facts;
     if (!tape.isDictionary()) {
         facts.mayBeKept = tape[0].kind == Token::Kind::Reference || tape[0].kind == Token::Kind::OpenArray;
         facts.isEmbeddable = facts.mayBeKept;
         return facts;
     }
-    bool mayBeResources = false;
-    bool allReferences = true;
-    int repeatedKeys = 0;
+    bool hasResourceKey = false;
+    ReferencesAlone references;
     for (std::size_t index = 1; tape[index].kind == Token::Kind::Key; index = tape.behind(index + 1)) {
         const std::string_view key = tape.text(tape[index]);
         const Token* const value = &tape[index + 1];
@@ -108,17 +130,14 @@ ObjectFacts factsOf(const ValueTape& tape)
             facts.type = value;
         else if (facts.length == nullptr && isKey(key, "Length"))
             facts.length = value;
-        mayBeResources = mayBeResources || isResourceKey(key);
-        if (allReferences && value->kind != Token::Kind::Reference) {
-            allReferences = tape.find(key) != value;
-            mayBeResources = mayBeResources || (allReferences && ++repeatedKeys == mostRepeatedKeys);
-        }
+        hasResourceKey = hasResourceKey || isResourceKey(key);
+        references.take(tape, key, *value);
     }
     if (facts.type != nullptr && facts.type->kind == Token::Kind::Name && facts.type->size != 0)
         facts.mayBeKept = destinationOfType(tape.text(*facts.type)) != Destination::Dropped;
     else {
-        facts.mayBeKept = mayBeResources || allReferences;
-        facts.isEmbeddable = facts.mayBeKept && repeatedKeys < mostRepeatedKeys;
+        facts.mayBeKept = hasResourceKey || references.mayBeAll();
+        facts.isEmbeddable = facts.mayBeKept && references.isKnown();
     }
     return facts;
 }

@@ -19,7 +19,8 @@ struct ObjectFacts {
     const Token* type = nullptr;   ///< The value under this key, null if there is none.
     const Token* length = nullptr; ///< The same.
     bool mayBeKept = false;        ///< True in doubt; otherwise the object need not even be built.
-    bool isEmbeddable = false;     ///< False in doubt, too. A stream behind a dictionary may change it.
+    bool isEmbeddable = false; ///< Of a value that is a usual one; see Lexer. False in doubt, too. A stream
+                               ///< behind a dictionary may change it.
 };
 
 ObjectFacts factsOf(const ValueTape& tape);

@@ -30,10 +30,15 @@ TEST(ObjectSorting, NeverHoldsForDroppedWhatIsKept)
         }
     }
 
-    std::string manyKeys = "<</A 1 0 R";
-    for (int count = 0; count < 20; ++count)
-        manyKeys += "/A 1";
-    texts.push_back(manyKeys + ">> ");
+    for (const char* start :
+         {"<</A 1 0 R", "<</A 1 0 R/Font 1", "<</Font 1/A 1 0 R", "<</A 1 0 R/Type/Page"}) {
+        std::string manyKeys = start;
+        for (int count = 0; count < 20; ++count, manyKeys += "/A 1") {
+            texts.push_back(manyKeys + ">> ");
+            texts.push_back(manyKeys + "/B 1>> ");
+            texts.push_back(manyKeys + "/XObject 1>> ");
+        }
+    }
 
     for (const std::string& text : texts) {
         MemorySource source(text);
@@ -42,10 +47,36 @@ TEST(ObjectSorting, NeverHoldsForDroppedWhatIsKept)
         ValueTape tape;
         lexer.readValue(tape);
 
-        const bool isKept = destinationOf(tape.build()) != Destination::Dropped;
+        const Destination destination = destinationOf(tape.build());
+        const ObjectFacts facts = factsOf(tape);
 
-        EXPECT_TRUE(factsOf(tape).mayBeKept || !isKept) << text;
+        EXPECT_TRUE(facts.mayBeKept || destination == Destination::Dropped) << text;
+        if (!lexer.usualValue().empty()) {
+            EXPECT_TRUE(!facts.isEmbeddable || destination == Destination::Embeddable) << text;
+        }
     }
+}
+
+// Asking each of the keys whether it stood before would take hours.
+TEST(ObjectSorting, DoesNotAskForeverWhetherAKeyStoodBefore)
+{
+    constexpr int count = 500000;
+    std::string text = "<<";
+    for (int key = 0; key < count; ++key)
+        text += "/K" + std::to_string(key) + " 1 0 R";
+    for (int repeat = 0; repeat < count; ++repeat)
+        text += "/K499999 1";
+    MemorySource source(text + ">> ");
+    Lexer lexer(source);
+    lexer.next();
+    ValueTape tape;
+    lexer.readValue(tape);
+
+    const ObjectFacts facts = factsOf(tape);
+
+    EXPECT_TRUE(facts.mayBeKept);
+    EXPECT_FALSE(facts.isEmbeddable) << "nobody knows without building it";
+    EXPECT_EQ(destinationOf(tape.build()), Destination::Embeddable);
 }
 
 TEST(ObjectSorting, KnowsMostOfWhatIsDroppedBeforeItIsBuilt)
