@@ -11,6 +11,15 @@ namespace Pdf::Parser
 namespace
 {
 
+// A table of objects and the objects themselves seldom inflate to ten times their size. Many small values
+// could otherwise take some thousand times what they take in the file.
+constexpr std::uint64_t alwaysInflated = 8 * 1024 * 1024;
+constexpr std::uint64_t mostInflatedPerByte = 32;
+
+// How often compressed bytes of a known count are read. Each time all of them are inflated, so that a small
+// count would make the work grow with the square of the file.
+constexpr int mostFills = 16;
+
 [[noreturn]] void throwError(int code, const z_stream& inflater)
 {
     throw StreamDecompressionException(code, inflater.msg != nullptr ? inflater.msg : "");
@@ -18,8 +27,10 @@ namespace
 
 } // namespace
 
-ObjectStream::ObjectStream(Lexer& fileLexer, std::optional<std::uint64_t> compressedSize)
-    : m_lexer(fileLexer), m_compressedSize(compressedSize), m_outputCursor(m_output.data()),
+ObjectStream::ObjectStream(Lexer& fileLexer, std::optional<std::uint64_t> compressedSize,
+                           std::uint64_t& inflatedOfFile)
+    : m_lexer(fileLexer), m_compressedSize(compressedSize), m_inflatedOfFile(inflatedOfFile),
+      m_outputCursor(m_output.data()),
       m_source([this] { return next(); }, [this](unsigned long long count) { skip(count); })
 {
     m_inflater.next_out = m_output.data();
@@ -103,12 +114,21 @@ bool ObjectStream::inflateStep()
     }
     if (m_inflater.avail_in == 0)
         giveInput();
+    const uInt roomBefore = m_inflater.avail_out;
     const int code = inflate(&m_inflater, Z_NO_FLUSH);
+    countInflated(roomBefore - m_inflater.avail_out);
     if (code == Z_STREAM_END)
         finish();
     else if (code != Z_OK)
         throwError(code, m_inflater);
     return true;
+}
+
+void ObjectStream::countInflated(std::uint64_t bytes)
+{
+    m_inflatedOfFile += bytes;
+    if (m_inflatedOfFile > alwaysInflated + mostInflatedPerByte * m_lexer.position())
+        throw PdfParserException("The object streams of the PDF inflate to too much");
 }
 
 void ObjectStream::giveInput()
@@ -127,6 +147,8 @@ void ObjectStream::giveInput()
 void ObjectStream::fillInput()
 {
     if (m_compressedSize) {
+        if (++m_fills > mostFills)
+            throwError(Z_BUF_ERROR, m_inflater);
         m_lexer.readBytes(m_compressed, *m_compressedSize);
     } else {
         m_compressed.clear();

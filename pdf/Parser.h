@@ -122,8 +122,9 @@ private:
     std::unique_ptr<Lexer> m_lexer;
     std::unique_ptr<ValueTape> m_tape;
     std::unique_ptr<ObjectKeeper> m_keeper;
-    bool m_isFile = false;   // That is read as a whole, so that nobody sees what may be embedded.
-    std::string m_valueText; // Of the last object, if it is not built yet.
+    bool m_isFile = false;        // That is read as a whole, so that nobody sees what may be embedded.
+    std::string m_valueText;      // Of the last object, if it is not built yet.
+    std::uint64_t m_inflated = 0; // Bytes that object streams have inflated to.
 };
 
 template <> JOBPARSER_EXPORT void Parser::parseValue<void>();

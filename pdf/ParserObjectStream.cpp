@@ -64,7 +64,7 @@ void Parser::readObjectStream(Object& object)
 {
     if (Name(object.value["Filter"]) != "FlateDecode")
         throw UnsupportedObjectStreamCompressionException(std::string(Name(object.value["Filter"]).text));
-    ObjectStream stream(*m_lexer, compressedSize(object.value["Length"]));
+    ObjectStream stream(*m_lexer, compressedSize(object.value["Length"]), m_inflated);
     Lexer lexer(stream.source());
     lexer.next();
     const auto first = toUnsigned32(std::get<double>(object.value["First"]));

@@ -217,6 +217,48 @@ TEST(ObjectStreams, AreFedFromTheirStartAgainIfTheirLengthIsFarTooShort)
               "threw: Decompressing stream error | code=-3 | message=incorrect header check");
 }
 
+// Pieces that are all alike, so that from their start again they go on as well: each is a stored block that
+// reaches up to the next piece's third byte, of a comment in the table.
+TEST(ObjectStreams, AreFedFromTheirStartAgainNoMoreThanAFewTimes)
+{
+    constexpr std::size_t pieceSize = 64;
+    const std::string start = "\x78\x9C\0\x3B\0\xC4\xFF"s;
+    const auto piece = [&](std::string text) {
+        text.resize(pieceSize - start.size(), 'x');
+        return start + text;
+    };
+    std::string data = piece("11 %");
+    for (int count = 1; count < 1000; ++count)
+        data += piece("");
+
+    EXPECT_EQ(embeddedBy(withLength("64", data)), "threw: Decompressing stream error | code=-5 | message=");
+    EXPECT_EQ(embeddedBy(withLength("64", data.substr(0, 10 * pieceSize))), "threw: ");
+}
+
+std::string arrayOfZeros(std::size_t size)
+{
+    std::string text = "11 0 [";
+    while (text.size() < size)
+        text += "0 ";
+    return text + "]";
+}
+
+TEST(ObjectStreams, OfAFileInflateToALimitedMultipleOfIt)
+{
+    constexpr std::size_t mebibyte = 1024 * 1024;
+    constexpr const char* tooMuch = "threw: The object streams of the PDF inflate to too much";
+    const std::string fiveMebibytes = arrayOfZeros(5 * mebibyte);
+    PdfBytes two = objects(1, 5, fiveMebibytes);
+    two.deflated(2, "/Type/ObjStm/N 1/First 5", fiveMebibytes);
+    PdfBytes twoInALargeFile = PdfBytes().stream(3, "<<>>", std::string(mebibyte / 8, ' '));
+    twoInALargeFile.raw(two.str());
+
+    EXPECT_EQ(embeddedBy(objects(1, 5, arrayOfZeros(9 * mebibyte)), 1000), tooMuch);
+    EXPECT_EQ(embeddedBy(two, 1000), tooMuch);
+    EXPECT_NE(embeddedBy(twoInALargeFile, 1000), tooMuch);
+    EXPECT_NE(embeddedBy(objects(1, 5, fiveMebibytes), 1000), tooMuch);
+}
+
 TEST(ObjectStreams, WithoutALengthAreFedLineByLine)
 {
     std::string data = PdfBytes::deflate("11 0 [1]");
@@ -288,7 +330,8 @@ TEST(ObjectStream, HandsOutWhatWasInflatedUpToItsLimit)
     MemorySource file(data + "\n");
     Parser::Lexer lexer(file);
     lexer.next();
-    Parser::ObjectStream stream(lexer, data.size());
+    std::uint64_t inflated = 0;
+    Parser::ObjectStream stream(lexer, data.size(), inflated);
 
     EXPECT_EQ(stream.source().next(), 'a');
     stream.source().skip(2);
@@ -306,6 +349,7 @@ TEST(ObjectStream, HandsOutWhatWasInflatedUpToItsLimit)
     stream.source().skip(2);
     EXPECT_THROW(stream.source().skip(1), Parser::ISource::EofException);
     EXPECT_EQ(lexer.current, '\n');
+    EXPECT_EQ(inflated, 8U);
 }
 
 TEST(ObjectStream, NeedsAllOfItsBytesInTheFile)
@@ -314,7 +358,8 @@ TEST(ObjectStream, NeedsAllOfItsBytesInTheFile)
     Parser::Lexer lexer(file);
     lexer.next();
 
-    EXPECT_THROW(Parser::ObjectStream(lexer, 3), Parser::ISource::EofException);
+    std::uint64_t inflated = 0;
+    EXPECT_THROW(Parser::ObjectStream(lexer, 3, inflated), Parser::ISource::EofException);
 }
 
 } // namespace
