@@ -28,7 +28,7 @@ constexpr std::size_t usualObject = 192;
 class InfoWriter
 {
 public:
-    explicit InfoWriter(std::string& json) : m_json(json) {}
+    explicit InfoWriter(std::string& json) : m_json(json), m_start(json.size()) {}
 
     void write(const Pdf::Parser::DocumentInfo& document)
     {
@@ -50,17 +50,17 @@ private:
     // Objects end with a line end, so that no character goes over to the next one.
     void pass()
     {
-        m_size += m_text.size();
-        if (m_size > longestInfo)
-            throw JobParserException("The summary of the PDF is too long");
         Torv::Json::appendCharacters(m_json, m_text);
         m_text.clear();
+        // As it stands in JSON, where a control byte takes six characters.
+        if (m_json.size() - m_start > longestInfo)
+            throw JobParserException("The summary of the PDF is too long");
     }
 
     std::string& m_json;
+    const std::size_t m_start; // Of the text in it.
     std::string m_text;
     Pdf::Writer m_writer{m_text};
-    std::size_t m_size = 0;
 };
 
 void write(Torv::IO::IStream& stream, std::string_view text)

@@ -130,26 +130,34 @@ TEST(ChunkPdfDocumentInfo, CannotBeWrittenWithoutACatalog)
     EXPECT_THROW(chunk.toJson(context), JobParserException);
 }
 
-// A megabyte of resources, which a thousand pages have in common, once for each of them.
-TEST(ChunkPdfDocumentInfo, DoesNotGrowWithoutLimit)
+/// What becomes of a megabyte of resources that so many pages have in common, once for each of them.
+std::string failureOfSharedResources(unsigned pages, char filling)
 {
     Pdf::PdfBytes pdf;
     std::string kids;
-    for (int number = 10; number < 1010; ++number) {
-        pdf.object(static_cast<unsigned>(number), "<</Type/Page/Parent 2 0 R>>");
+    for (unsigned number = 10; number < 10 + pages; ++number) {
+        pdf.object(number, "<</Type/Page/Parent 2 0 R>>");
         kids += std::to_string(number) + " 0 R ";
     }
     pdf.object(1, "<</Type/Catalog/Pages 2 0 R>>");
-    pdf.object(2, "<</Type/Pages/Kids[" + kids + "]/Resources<</Font(" + std::string(1048576, 'x') + ")>>>>");
+    pdf.object(2, "<</Type/Pages/Kids[" + kids + "]/Resources<</Font(" + std::string(1048576, filling) +
+                      ")>>>>");
     const ChunkPdfDocumentInfo chunk = summaryOf(pdf.end("<</Root 1 0 R/Size 4>>"));
     SerializationContext context;
-
     try {
         chunk.toJson(context);
-        FAIL();
+        return "";
     } catch (const JobParserException& error) {
-        EXPECT_STREQ(error.what(), "The summary of the PDF is too long");
+        return error.what();
     }
+}
+
+TEST(ChunkPdfDocumentInfo, DoesNotGrowWithoutLimit)
+{
+    EXPECT_EQ(failureOfSharedResources(1000, 'x'), "The summary of the PDF is too long");
+    EXPECT_EQ(failureOfSharedResources(100, '\x01'), "The summary of the PDF is too long")
+        << "each byte takes six characters of JSON";
+    EXPECT_EQ(failureOfSharedResources(100, 'x'), "");
 }
 
 TEST(ChunkPdfDocumentInfo, RejectsDataThatMakeNoSenseWhenTheyAreRead)
