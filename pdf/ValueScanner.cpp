@@ -61,13 +61,26 @@ public:
 
     const std::uint8_t* at() const { return m_at; }
     bool isAtEnd() const { return m_at == m_end; }
-    std::uint8_t byte() const { return *m_at; }
-    std::uint8_t following() const { return m_end - m_at > 1 ? m_at[1] : std::uint8_t{0}; }
-    void pass(std::ptrdiff_t count) { m_at += count; }
 
-    // Behind the end of an array, or of a dictionary, which is two brackets.
-    bool passEnd(bool isArray)
+    // Which container begins here, whose start is then passed.
+    [[gnu::always_inline]] Frame::Kind passOpen()
     {
+        if (*m_at == '[') {
+            ++m_at;
+            return Frame::Kind::Array;
+        }
+        if (*m_at == '<' && following() == '<') {
+            m_at += 2;
+            return Frame::Kind::Dictionary;
+        }
+        return Frame::Kind::None;
+    }
+
+    bool isAtClose(Frame::Kind kind) const { return *m_at == (kind == Frame::Kind::Array ? ']' : '>'); }
+
+    bool passClose(Frame::Kind kind)
+    {
+        const bool isArray = kind == Frame::Kind::Array;
         if (!isArray && following() != '>')
             return false;
         m_at += isArray ? 1 : 2;
@@ -85,6 +98,24 @@ public:
         return false;
     }
 
+    // A value that is no container, or two of them: how many it was.
+    [[gnu::always_inline]] bool scanScalar(bool isInArray, std::uint64_t& values)
+    {
+        switch (*m_at) {
+        case '/': return scanName(Kind::Name);
+        case '(': return scanString();
+        case '<': return scanHexString();
+        case 't': return scanKeyword("true", Kind::True);
+        case 'f': return scanKeyword("false", Kind::False);
+        case 'n': return scanKeyword("null", Kind::Null);
+        default: return isNumberStart(*m_at) && scanNumbers(isInArray, values);
+        }
+    }
+
+    // A key and the white space behind it.
+    [[gnu::always_inline]] bool scanKey() { return *m_at == '/' && scanName(Kind::Key) && skipWhiteSpace(); }
+
+private:
     [[gnu::always_inline]] bool scanNumber(Number& number)
     {
         const bool isNegative = *m_at == '-';
@@ -203,7 +234,8 @@ public:
         return true;
     }
 
-private:
+    std::uint8_t following() const { return m_end - m_at > 1 ? m_at[1] : std::uint8_t{0}; }
+
     [[gnu::always_inline]] void addNumber(double value) { m_tape.addNumber(value); }
 
     [[gnu::always_inline]] void addText(Kind kind, const std::uint8_t* start)
@@ -225,60 +257,48 @@ const std::uint8_t* ValueScanner::scan(const std::uint8_t* begin, const std::uin
     Cursor cursor(begin, end, tape);
     Frame frame;
     while (!cursor.isAtEnd()) {
-        // A value begins here, or the container ends.
         if (frame.kind != Frame::Kind::None) {
             if (!cursor.skipWhiteSpace())
                 return nullptr;
-            if (cursor.byte() == (frame.kind == Frame::Kind::Array ? ']' : '>')) {
-                if (!cursor.passEnd(frame.kind == Frame::Kind::Array))
+            if (cursor.isAtClose(frame.kind)) {
+                if (!cursor.passClose(frame.kind))
                     return nullptr;
-                tape.close(frame.open, frame.count);
-                frame = m_outer.back();
-                m_outer.pop_back();
+                closeContainer(frame, tape);
                 if (frame.kind == Frame::Kind::None)
                     break;
-                ++frame.count;
                 continue;
             }
-            if (frame.kind == Frame::Kind::Dictionary &&
-                (cursor.byte() != '/' || !cursor.scanName(Kind::Key) || !cursor.skipWhiteSpace()))
+            if (frame.kind == Frame::Kind::Dictionary && !cursor.scanKey())
                 return nullptr;
         }
-
-        std::uint64_t values = 1;
-        bool isUsual = false;
-        switch (cursor.byte()) {
-        case '/': isUsual = cursor.scanName(Kind::Name); break;
-        case '(': isUsual = cursor.scanString(); break;
-        case 't': isUsual = cursor.scanKeyword("true", Kind::True); break;
-        case 'f': isUsual = cursor.scanKeyword("false", Kind::False); break;
-        case 'n': isUsual = cursor.scanKeyword("null", Kind::Null); break;
-        case '[':
-            m_outer.push_back(frame);
-            frame = {Frame::Kind::Array, tape.open(Kind::OpenArray), 0};
-            cursor.pass(1);
+        if (const Frame::Kind opened = cursor.passOpen(); opened != Frame::Kind::None) {
+            openContainer(opened, frame, tape);
             continue;
-        case '<':
-            if (cursor.following() == '<') {
-                m_outer.push_back(frame);
-                frame = {Frame::Kind::Dictionary, tape.open(Kind::OpenDictionary), 0};
-                cursor.pass(2);
-                continue;
-            }
-            isUsual = cursor.scanHexString();
-            break;
-        default:
-            isUsual =
-                isNumberStart(cursor.byte()) && cursor.scanNumbers(frame.kind == Frame::Kind::Array, values);
-            break;
         }
-        if (!isUsual)
+        std::uint64_t values = 1;
+        if (!cursor.scanScalar(frame.kind == Frame::Kind::Array, values))
             return nullptr;
         if (frame.kind == Frame::Kind::None)
             break;
         frame.count += values;
     }
     return cursor.isAtEnd() ? nullptr : cursor.at();
+}
+
+inline void ValueScanner::openContainer(Frame::Kind kind, Frame& frame, ValueTape& tape)
+{
+    m_outer.push_back(frame);
+    const bool isArray = kind == Frame::Kind::Array;
+    frame = {kind, tape.open(isArray ? Kind::OpenArray : Kind::OpenDictionary), 0};
+}
+
+// The container is a value of the one around it.
+inline void ValueScanner::closeContainer(Frame& frame, ValueTape& tape)
+{
+    tape.close(frame.open, frame.count);
+    frame = m_outer.back();
+    m_outer.pop_back();
+    ++frame.count;
 }
 
 } // namespace Pdf::Parser

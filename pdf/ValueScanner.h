@@ -33,6 +33,9 @@ private:
         std::uint64_t count = 0;
     };
 
+    void openContainer(Frame::Kind kind, Frame& frame, ValueTape& tape);
+    void closeContainer(Frame& frame, ValueTape& tape);
+
     std::vector<Frame> m_outer; // Around the one in hand.
 };
 
