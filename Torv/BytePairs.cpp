@@ -5,8 +5,8 @@
 // The bytes are loaded twice, at a place and one behind it, so that a round compares pairs and not single
 // bytes: in compressed data every second round would hold one of the single bytes. A round asks once whether
 // anything was hit, and tells where out of what it has compared. What is too short for a round goes by in
-// steps of one vector, of which the last overlaps the one before it, so that nothing is read outside the bytes
-// and no rest remains.
+// steps of one vector, of which the last overlaps the one before it, so that nothing is read outside the
+// bytes and no rest remains.
 //
 // Google Highway would do the same for more machines, but loading its library alone takes 3.4 ms.
 

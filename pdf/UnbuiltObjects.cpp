@@ -36,7 +36,8 @@ const Value* UnbuiltObjects::find(std::uint32_t number)
     return &entry->value;
 }
 
-// Pages are completed in order, and what they lead to mostly stands in order, too.
+// Pages are completed in order, and what they lead to mostly stands in order, too. So the search begins where
+// the last one ended, whatever was added or sorted since then.
 UnbuiltObjects::Entry* UnbuiltObjects::lastOf(std::uint32_t number)
 {
     const bool isBehind = m_passed != 0 && m_entries[m_passed - 1].number > number;
@@ -61,10 +62,8 @@ void UnbuiltObjects::build(Entry& entry)
 
 void UnbuiltObjects::sort()
 {
-    if (std::exchange(m_isSorted, true))
-        return;
-    std::ranges::stable_sort(m_entries, {}, &Entry::number);
-    m_passed = 0;
+    if (!std::exchange(m_isSorted, true))
+        std::ranges::stable_sort(m_entries, {}, &Entry::number);
 }
 
 } // namespace Pdf::Parser

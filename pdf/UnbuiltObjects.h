@@ -47,7 +47,7 @@ private:
     std::string m_texts;          // With a byte behind each.
     std::vector<Entry> m_entries; // Of those with one number the last counts.
     bool m_isSorted = true;
-    std::size_t m_passed = 0; // How many entries have no greater number than the last that was looked for.
+    std::size_t m_passed = 0; // How many entries had no greater number than the last that was looked for.
     ValueScanner m_scanner;
     ValueTape m_tape;
 };

@@ -92,6 +92,7 @@ TEST_F(Embedding, ReplacesContentsByAnArrayAlone)
     EXPECT_EQ(contents(Reference{2, 0}), "[ 7 0 R]");
     EXPECT_EQ(contents(Reference{3, 0}), " 3 0 R");
     EXPECT_EQ(contents(Reference{4, 0}), " 3 0 R");
+    EXPECT_EQ(contents(Reference{4, 0}), " 3 0 R") << "once more, when the end of the chain is known";
     EXPECT_EQ(contents(Reference{5, 0}), " 9 0 R");
     EXPECT_EQ(contents(Reference{8, 0}), " 8 0 R");
     EXPECT_EQ(contents(Value()), "None");

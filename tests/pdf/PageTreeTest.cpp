@@ -116,5 +116,15 @@ TEST(PageTree, PassesANodeWithoutPagesAnyNumberOfTimes)
     EXPECT_EQ(numbers(walked(nodes, {})), "");
 }
 
+TEST(PageTree, MissesThePagesBelowANodeThatComesAgain)
+{
+    PageTree::Nodes nodes;
+    nodes[{1, 0}] = node("2 0 R 2 0 R");
+    nodes[{2, 0}] = node("3 0 R");
+    nodes[{3, 0}] = node("5 0 R");
+
+    EXPECT_THROW(walked(nodes, pagesOf({5})), PdfParserException);
+}
+
 } // namespace
 } // namespace Pdf::Parser

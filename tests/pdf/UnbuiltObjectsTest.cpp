@@ -54,6 +54,17 @@ TEST(UnbuiltObjects, CountByTheLastOfTheirNumber)
     EXPECT_EQ(found(objects, 9), "nothing");
 }
 
+TEST(UnbuiltObjects, CountByTheLastOfTheirNumberAlsoAmongMany)
+{
+    UnbuiltObjects objects;
+    for (unsigned round = 0; round < 20; ++round)
+        for (unsigned number = 10; number > 0; --number)
+            objects.add(number, "[" + std::to_string(round) + "]");
+
+    for (const unsigned number : {3U, 4U, 10U, 9U, 1U, 2U})
+        EXPECT_EQ(found(objects, number), "[ 19]") << number;
+}
+
 TEST(UnbuiltObjects, MayBeAddedBehindThoseThatWereFound)
 {
     UnbuiltObjects objects;
