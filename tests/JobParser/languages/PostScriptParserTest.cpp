@@ -238,6 +238,8 @@ TEST(PostScriptParser, TakesACommentOf255Bytes)
     EXPECT_EQ(parsed(longest + "\n"), longest + "\n");
     EXPECT_EQ(parsed(longest + "\r\n"), longest + "\r\n");
     EXPECT_EQ(parsed(longest + "x\n"), "Raw 0+257");
+    EXPECT_EQ(parsed(longest + "\na\n"), longest + "\n, Raw 256+2") << "with more behind it in the view";
+    EXPECT_EQ(parsed(longest + "x\na\n"), "Raw 0+259");
     EXPECT_EQ(parsed("%%" + std::string(298, 'x') + "\n%%a\n"), "Raw 0+301, %%a\n");
 }
 
@@ -522,7 +524,7 @@ TEST(PostScriptParser, CollectsSingleCharacters)
 
 TEST(PostScriptParser, EndsAFeatureAtItsComment)
 {
-    for (const char* end : {"%%EndFeature\n", "%%ENDFEATURE", "%%EndFeatures: x\n"}) {
+    for (const char* end : {"%%EndFeature\n", "%%ENDFEATURE", "%%endfeature", "%%EndFeatures: x\n"}) {
         Reading reading("");
         reading.parser.featureKind = 2;
         reading.parser.featureText = "  /Staple 3 /StaplePosition 1 x  ";

@@ -247,6 +247,34 @@ TEST(Operator, RefusesCopiesThatAreNoNumber)
         EXPECT_THROW(copiesOf(bytes), Torv::VariantInvalidOperationException);
 }
 
+// --- All of them
+
+// Where much follows, most of the stream goes by in bulk.
+TEST(Operator, IsReadInTheMiddleOfAStreamAsAtItsEnd)
+{
+    const PclXlBytes bytes = PclXlBytes()
+                                 .ubyte(2, 137)
+                                 .op(beginSession)
+                                 .ubyte(2, mediaSize)
+                                 .op(beginPage)
+                                 .text("Courier", fontName)
+                                 .op(beginFontHeader)
+                                 .text("!R! EXIT;", commentData)
+                                 .op(comment)
+                                 .uint16(3, pageCopies)
+                                 .op(endPage);
+    const Stream atEnd(bytes);
+    const Stream inMiddle(PclXlBytes(bytes).raw(std::string(300, '\x50')));
+
+    for (const Stream* stream : {&atEnd, &inMiddle}) {
+        EXPECT_EQ(stream->parser.m_fonts, std::set<std::string>{"Courier"});
+        EXPECT_EQ(stream->parser.m_pageCount, 3U);
+        EXPECT_EQ(stream->parser.m_mediaSizes.size(), 1U);
+        EXPECT_EQ(stream->blocks, std::vector<std::string>{"!R! EXIT;"});
+    }
+    EXPECT_EQ(inMiddle.operators(), atEnd.operators());
+}
+
 // --- BeginFontHeader
 
 TEST(Operator, CollectsTheNamesOfFontsWithoutKeepingTheOperator)

@@ -738,15 +738,17 @@ PclXlBytes randomItem(std::mt19937& random)
     constexpr std::array tags{0xC0, 0xC1, 0xC2, 0xC3, 0xC4, 0xC5, 0xD0, 0xD1, 0xD2, 0xD3, 0xD5,
                               0xE0, 0xE1, 0xE2, 0xE3, 0xF1, 0xF2, 0xC0, 0xD3, 0xC1, 0xD1};
     const auto below = [&](unsigned limit) { return static_cast<int>(random() % limit); };
-    const auto data = [&](std::int64_t size) { return std::string(static_cast<std::size_t>(size), 'B'); };
+    // Taken for a tag, each byte of the data ends the stream or the value.
+    const char filling = below(2) == 0 ? 'B' : '\xF8';
+    const auto data = [&](std::int64_t size) { return std::string(static_cast<std::size_t>(size), filling); };
     const int tag = tags[random() % tags.size()];
     const int base = baseDataSize[static_cast<std::size_t>(tag)];
     PclXlBytes bytes;
     switch (below(40)) {
     case 0: return bytes.op(0x41 + 2 * below(2));
     case 1: return bytes.op(0x44);
-    case 2: return bytes.embedded(data(1 + below(300)));
-    case 3: return bytes.shortEmbedded(data(1 + below(255)));
+    case 2: return bytes.embedded(data(below(64) != 0 ? 1 + below(300) : 0));
+    case 3: return bytes.shortEmbedded(data(below(64) != 0 ? 1 + below(255) : 0));
     case 4: return bytes.op(tag).raw(data(base)).wideId(below(256), 2);
     case 5: return below(8) != 0 ? bytes.op(0x50) : bytes.op(below(256));
     case 6: return below(8) != 0 ? bytes.op(0x50) : bytes.array(tag | 8, below(100000), 4);
