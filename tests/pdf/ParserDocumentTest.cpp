@@ -28,7 +28,11 @@ TEST(ParsingDocuments, FindsThePagesOfTheTree)
 
 TEST(ParsingDocuments, KeepsCatalogAndTrailerAndForgetsTheRest)
 {
-    const PdfBytes pdf = onePage().object(4, "[1]").object(9, "<<>>").end("<</Root 1 0 R/Size 10/ID[<00>]>>");
+    const PdfBytes pdf = onePage()
+                             .object(4, "[1]")
+                             .object(5, "[%\n2]")
+                             .object(9, "<<>>")
+                             .end("<</Root 1 0 R/Size 10/ID[<00>]>>");
     MemorySource source(pdf.str());
     Parser::Parser parser(source);
 
@@ -80,6 +84,24 @@ TEST(ParsingDocuments, TakesTheLastDefinitionOfAPageAndOfItsTree)
     pdf.object(3, "<</Type/Page/A 3>>").end("<</Root 1 0 R/Size 5>>");
 
     EXPECT_EQ(pageOf(pdf), "3 0 obj\n<</A 3/Resources<</XObject<<>>>>/Type/Page>>\nendobj\n");
+}
+
+// A stream has entries that its dictionary lacks, so that it is no table of references.
+TEST(ParsingDocuments, EmbedsNoStreamOfReferencesAlone)
+{
+    const auto embedded = [](std::string_view object) {
+        PdfBytes pdf = onePage("/Resources 5 0 R");
+        pdf.object(5, object).end("<</Root 1 0 R/Size 6>>");
+        return pageOf(pdf);
+    };
+    constexpr const char* nothing =
+        "3 0 obj\n<</Parent 2 0 R/Resources<</XObject<<>>>>/Type/Page>>\nendobj\n";
+    constexpr const char* resources =
+        "3 0 obj\n<</Parent 2 0 R/Resources<</Font 7 0 R/XObject<<>>>>/Type/Page>>\nendobj\n";
+
+    EXPECT_EQ(embedded("<</F 7 0 R>>\nstream\nabc\nendstream"), nothing);
+    EXPECT_EQ(embedded("<</Font 7 0 R>>\nstream\nabc\nendstream"), resources);
+    EXPECT_EQ(embedded("<</Font 7 0 R>>"), resources);
 }
 
 // The first section stands at the start, points nowhere, and is the one that the last startxref names.
