@@ -39,6 +39,21 @@ TEST(Array, KeepsItsValuesWhenACopyIsChanged)
     EXPECT_EQ(text(longer), "[ 1 2 3]");
 }
 
+// What was given out stands below the array, and is not moved with its values.
+TEST(Array, KeepsCopiesApartFromWhatWasGivenOutBeforeItGrew)
+{
+    Array array({Value(Dictionary())});
+    Value& givenOut = array.edit()[0]["Key"];
+    for (int number = 0; number < 12; ++number)
+        array.append(Value(Null()));
+    const Array copy = array;
+
+    givenOut = 5.0;
+
+    EXPECT_EQ(text(copy).substr(0, 5), "[<<>>");
+    EXPECT_EQ(text(array).substr(0, 12), "[<</Key 5>> ");
+}
+
 TEST(Array, IsEmptyOnceMovedFrom)
 {
     Array array({Value(1.0)});

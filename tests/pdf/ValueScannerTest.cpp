@@ -40,6 +40,9 @@ TEST(ValueScanner, ReadsWhatIsUsual)
              std::array{"<48 65>/", "<48 65>", "7"},
              std::array{"true/", " true", "4"},
              std::array{"[0 0 595.28 841.89] ", "[ 0 0 595.28 841.89]", "19"},
+             std::array{"[4294967298 1] ", "[ 2 1]", "14"},
+             std::array{"[1 4294967298] ", "[ 1 4294967298]", "14"},
+             std::array{"4294967298 4294967295 R ", " 2 4294967295 R", "23"},
              std::array{"<</B[1 0 R 2 0 R]/A<<>>/C null>>\n", "<</A<<>>/B[ 1 0 R 2 0 R]/C null>>", "32"},
          }) {
         const Scanned scanned = scan(text);
