@@ -67,6 +67,12 @@ TEST(ObjectStreams, GiveObjectsInTheOrderOfTheirPlaces)
 TEST(ObjectStreams, TakeTheLaterOfTwoNumbersForOnePlace)
 {
     EXPECT_EQ(embeddedBy(objects(2, 10, "12 0 11 0 [1]")), "11[ 1] 11");
+
+    std::string table;
+    for (int number = 149; number >= 100; --number)
+        table += std::to_string(number) + (number % 2 == 0 ? " 0 " : " 4 ");
+    const auto size = static_cast<unsigned>(table.size());
+    EXPECT_EQ(embeddedBy(objects(50, size, table + "[1] [2] ")), "100[ 1] 101[ 2] 101");
 }
 
 TEST(ObjectStreams, EndAnObjectWhereTheNextBegins)

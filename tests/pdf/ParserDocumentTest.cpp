@@ -104,6 +104,15 @@ TEST(ParsingDocuments, EmbedsNoStreamOfReferencesAlone)
     EXPECT_EQ(embedded("<</Font 7 0 R>>"), resources);
 }
 
+TEST(ParsingDocuments, KeepsAnObjectBesideOneOfItsNumberWithAGeneration)
+{
+    PdfBytes pdf = onePage("/Resources 5 0 R");
+    pdf.object(5, "<</Font 7 0 R>>").raw("5 1 obj[1]endobj ").end("<</Root 1 0 R/Size 6>>");
+
+    EXPECT_EQ(pageOf(pdf),
+              "3 0 obj\n<</Parent 2 0 R/Resources<</Font 7 0 R/XObject<<>>>>/Type/Page>>\nendobj\n");
+}
+
 // The first section stands at the start, points nowhere, and is the one that the last startxref names.
 TEST(ParsingDocuments, ReadsALinearizedFile)
 {
