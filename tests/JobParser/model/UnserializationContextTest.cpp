@@ -79,6 +79,15 @@ TEST_F(UnserializationContextTest, KeepsTheFirstChunkOfANumberThatStandsTwice)
     EXPECT_EQ(chunkOf("2"), first);
 }
 
+TEST_F(UnserializationContextTest, KeepsTheFirstChunkOfANumberThatStoodBeforeItsTurn)
+{
+    const auto first = chunkOf(R"({"class":"UelE","id":3,"dto":{}})");
+    chunkOf(R"({"class":"UelE","id":2,"dto":{}})");
+    chunkOf(R"({"class":"UelE","id":3,"dto":{}})");
+
+    EXPECT_EQ(chunkOf("3"), first);
+}
+
 TEST_F(UnserializationContextTest, RejectsAReferenceToAChunkThatWasNotMade)
 {
     EXPECT_EQ(failureOf("5"), "Unknown chunk ID | id=5");
@@ -133,6 +142,16 @@ TEST_F(UnserializationContextTest, HoldsBackChunksThatHoldEachOtherTooDeep)
     EXPECT_EQ(failureOf(group(66, "65")), "Chunks in metadata nest too deep");
     EXPECT_EQ(failureOf(group(67, "64")), "none") << "64 levels are allowed";
     EXPECT_EQ(failureOf("65"), "none");
+}
+
+TEST_F(UnserializationContextTest, CountsTheLevelsOfTheDeepestChunkAmongOthers)
+{
+    chunkOf(group(2, ""));
+    chunkOf(group(100, ""));
+    for (int id = 3; id <= 65; ++id)
+        chunkOf(group(id, "100," + std::to_string(id - 1) + ",100"));
+
+    EXPECT_EQ(failureOf(group(66, "100,65,100")), "Chunks in metadata nest too deep");
 }
 
 TEST_F(UnserializationContextTest, HoldsBackReferencesThatStandForTooManyChunks)
