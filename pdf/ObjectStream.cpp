@@ -13,7 +13,7 @@ namespace
 
 // A table of objects and the objects themselves inflate to some ten times their size at most. Many small
 // values could otherwise take many thousand times what they take in the file.
-constexpr std::uint64_t alwaysInflated = 1024 * 1024;
+constexpr std::uint64_t alwaysInflated = 8 * 1024 * 1024;
 constexpr std::uint64_t mostInflatedPerByte = 16;
 
 // How often compressed bytes of a known count are read. Each time all of them are inflated, so that a small
