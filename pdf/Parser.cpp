@@ -1,6 +1,5 @@
 #include "pdf/Parser.h"
 
-#include <cmath>
 #include <type_traits>
 #include <utility>
 
@@ -311,8 +310,6 @@ void Parser::readStream(Object& object, const StreamHead& head, bool isWanted)
 // Whether the stream ends where its length says. If not, what the length covers went by all the same.
 bool Parser::passStreamByLength(double length)
 {
-    if (!std::isfinite(length) || length < 0)
-        return false;
     m_lexer->skip(toUnsigned32(length));
     m_lexer->ws();
     if (m_lexer->current != 'e')
