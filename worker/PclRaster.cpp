@@ -5,6 +5,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 #include "worker/PagePrinter.h"
 
@@ -12,8 +13,6 @@ namespace JobParser::Worker
 {
 namespace
 {
-
-constexpr std::size_t mostPlanes = 32;
 
 // Which ink the n-th component of a description of inks is, by how many there are.
 constexpr std::array<int, 1> blackInk{0};
@@ -95,17 +94,18 @@ void PclRaster::configureInks(std::span<const std::uint8_t> data)
     if (data.size() < headSize || data[0] != knownFormat)
         return;
     const auto inks = inksOf(data[1]);
-    m_inkOfPlane.clear();
+    std::vector<int> inkOfPlane;
     for (std::size_t i = 0; i < inks.size() && headSize + (i + 1) * inkSize <= data.size(); ++i) {
         const auto levels = data.subspan(headSize + i * inkSize + 4, 2);
         const int planes = planesOf((unsigned{levels[0]} << 8) | levels[1]);
-        m_inkOfPlane.insert(m_inkOfPlane.end(), static_cast<std::size_t>(planes), inks[i]);
+        inkOfPlane.insert(inkOfPlane.end(), static_cast<std::size_t>(planes), inks[i]);
     }
-    if (m_inkOfPlane.empty())
+    if (inkOfPlane.empty())
         return;
+    m_inkOfPlane = std::move(inkOfPlane);
     m_pixels = Pixels::Inks;
     m_space = PclPalette::Space::Cmy;
-    m_planes.assign(std::min(m_inkOfPlane.size(), mostPlanes), {});
+    m_planes.assign(m_inkOfPlane.size(), {});
     m_plane = 0;
 }
 

@@ -100,6 +100,17 @@ TEST(PclRaster, ConfiguresNothingByAShortPayload)
     EXPECT_EQ(classOf(raster, {{0x01}}), PageClass::Mono);
 }
 
+TEST(PclRaster, KeepsItsInksAtADescriptionOfNone)
+{
+    PclRaster raster(0);
+    raster.setPlanes(-4);
+
+    raster.configureInks(Bytes{2, 2, 42});
+
+    EXPECT_EQ(classOf(raster, {{0x01}, {0x00}, {0x00}, {0x00}}), PageClass::Mono);
+    EXPECT_EQ(classOf(raster, {{0x00}, {0x01}, {0x00}, {0x00}}), PageClass::Color);
+}
+
 TEST(PclRaster, LosesPlanesBeyondTheLast)
 {
     PclRaster raster(0);
