@@ -4,6 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <deque>
 #include <exception>
 #include <mutex>
 #include <string>
@@ -52,6 +53,13 @@ Progress countFiles(const std::vector<std::string>& paths)
     return total;
 }
 
+int threadCountOf(const Options& options)
+{
+    if (options.jobs > 0)
+        return options.jobs;
+    return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+}
+
 /// Goes through the files on several threads, and prints what it finds in the order of the files.
 class Scanner
 {
@@ -66,6 +74,8 @@ private:
 
     void work();
     void workThrough(JobFile& file);
+    void findFiles(Lock& lock);
+    bool mayGoOn() const;
     Result resultOf(const FileFinder::Found& found, JobFile& file);
     void deliver(Result result, std::size_t number);
     void print(const Result& result);
@@ -73,21 +83,29 @@ private:
     void keepFresh();
     void endTicker(std::thread& ticker);
     void fail(std::exception_ptr failure);
-    int threadCount() const;
 
     // Who is ahead of a file that takes long waits, so that results do not pile up.
     static constexpr std::size_t mostAhead = 1024;
+    // Several threads have files found ahead, so that none waits while a folder is read. One thread would
+    // only be late with its first line.
+    static constexpr std::size_t fewFiles = 32;
+    static constexpr std::size_t enoughFiles = 64;
     static constexpr std::chrono::milliseconds flushInterval{100};
 
     const Options& m_options;
+    const int m_threadCount;
     PaperSizeManager m_papers;
     Parser m_parser;
     bool m_showsProgress;
 
+    FileFinder m_finder; ///< Belongs to who has set m_isFinding.
+
     std::mutex m_mutex; ///< Guards what follows.
-    std::condition_variable m_roomAhead;
+    std::condition_variable m_changed;
     std::condition_variable m_ended;
-    FileFinder m_finder;
+    bool m_isFinding = false;
+    bool m_hasAllFiles = false;            ///< The finder has no more.
+    std::deque<FileFinder::Found> m_files; ///< That nobody has taken up.
     std::vector<Result> m_results; ///< Of the files from m_printed on; the place is the number of the file.
     std::size_t m_found = 0;       ///< Files that were taken up.
     std::size_t m_printed = 0;
@@ -101,9 +119,10 @@ private:
 };
 
 Scanner::Scanner(const Options& options)
-    : m_options(options), m_parser(std::make_shared<StandardErrorLog>(options.logLevel.value_or(-1),
-                                                                      StandardErrorLog::Hidden::Dropped),
-                                   m_papers, options.worker.isUsed),
+    : m_options(options), m_threadCount(threadCountOf(options)),
+      m_parser(std::make_shared<StandardErrorLog>(options.logLevel.value_or(-1),
+                                                  StandardErrorLog::Hidden::Dropped),
+               m_papers, options.worker.isUsed),
       m_showsProgress(options.showsProgress && ::isatty(STDERR_FILENO) == 1), m_finder(options.files),
       m_results(mostAhead), m_bar(m_showsProgress, m_showsProgress ? countFiles(options.files) : Progress()),
       m_output(STDOUT_FILENO, "standard output")
@@ -119,7 +138,7 @@ ExitStatus Scanner::run()
         // A worker may take minutes over one job.
         if (m_showsProgress || m_options.worker.isUsed)
             ticker = std::thread([this] { keepFresh(); });
-        for (int thread = 1; thread < threadCount(); ++thread)
+        for (int thread = 1; thread < m_threadCount; ++thread)
             threads.emplace_back([this] { work(); });
     } catch (const std::system_error&) {
         // The system gives no more threads; those that there are do it all.
@@ -132,13 +151,6 @@ ExitStatus Scanner::run()
         std::rethrow_exception(m_failure);
     m_output.flush();
     return m_hasFailed ? StatusFailed : StatusDone;
-}
-
-int Scanner::threadCount() const
-{
-    if (m_options.jobs > 0)
-        return m_options.jobs;
-    return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
 }
 
 void Scanner::work()
@@ -155,16 +167,44 @@ void Scanner::workThrough(JobFile& file)
 {
     for (;;) {
         Lock lock(m_mutex);
-        m_roomAhead.wait(lock, [this] { return m_found < m_printed + mostAhead || m_failure; });
-        if (m_failure)
+        findFiles(lock);
+        m_changed.wait(lock, [this] { return mayGoOn(); });
+        if (m_failure || m_files.empty())
             return;
-        const auto found = m_finder.next();
-        if (!found)
-            return;
+        const FileFinder::Found found = std::move(m_files.front());
+        m_files.pop_front();
         const std::size_t number = m_found++;
         lock.unlock();
-        deliver(resultOf(*found, file), number);
+        deliver(resultOf(found, file), number);
     }
+}
+
+/// Does nothing if somebody else is at it.
+void Scanner::findFiles(Lock& lock)
+{
+    const bool isAlone = m_threadCount == 1;
+    if (m_isFinding || m_files.size() >= (isAlone ? 1 : fewFiles))
+        return;
+    m_isFinding = true;
+    while (!m_hasAllFiles && !m_failure && m_files.size() < (isAlone ? 1 : enoughFiles)) {
+        lock.unlock();
+        auto found = m_finder.next();
+        lock.lock();
+        if (found)
+            m_files.push_back(std::move(*found));
+        else
+            m_hasAllFiles = true;
+        m_changed.notify_all();
+    }
+    m_isFinding = false;
+}
+
+/// With a file, or because there is none.
+bool Scanner::mayGoOn() const
+{
+    if (m_files.empty())
+        return m_hasAllFiles || m_failure;
+    return m_found < m_printed + mostAhead || m_failure;
 }
 
 Result Scanner::resultOf(const FileFinder::Found& found, JobFile& file)
@@ -196,7 +236,7 @@ void Scanner::deliver(Result result, std::size_t number)
         print(m_results[m_printed % mostAhead]);
         m_results[m_printed % mostAhead] = Result();
         ++m_printed;
-        m_roomAhead.notify_all();
+        m_changed.notify_all();
     }
     refresh();
 }
@@ -254,7 +294,7 @@ void Scanner::fail(std::exception_ptr failure)
     const Lock lock(m_mutex);
     if (!m_failure)
         m_failure = std::move(failure);
-    m_roomAhead.notify_all();
+    m_changed.notify_all();
 }
 
 } // namespace

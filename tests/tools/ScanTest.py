@@ -114,6 +114,16 @@ class Folders(ScanTest):
         self.assertEqual(self.paths("s"), ["s/.hidden", "s/B", "s/a", "s/b/1", "s/b/2", "s/b/deep/x", "s/c", "s/d/z"])
         self.assertEqual(self.paths("s/d/", "s/a", "s/b"), ["s/d/z", "s/a", "s/b/1", "s/b/2", "s/b/deep/x"])
 
+    def test_of_any_number_are_walked_by_any_number_of_threads(self):
+        sizes = [number * 37 % 150 if number % 3 == 0 else number % 5 for number in range(60)]
+        self.folders(*(f"s/{number:02}" for number in range(60)))
+        expected = [f"s/{number:02}/{name:03}" for number, size in enumerate(sizes) for name in range(size)]
+        for path in expected:
+            self.file(path, RAW)
+
+        for jobs in ("1", "2", "16"):
+            self.assertEqual(self.paths("--jobs", jobs, "s"), expected)
+
     def test_give_regular_files_only(self):
         self.folders("s")
         self.file("s/job", RAW)
