@@ -107,6 +107,7 @@ TEST(PclRaster, KeepsItsInksAtADescriptionOfNone)
 
     raster.configureInks(Bytes{2, 2, 42});
 
+    EXPECT_EQ(raster.greatest(raster.defaultPalette()), PageClass::Color);
     EXPECT_EQ(classOf(raster, {{0x01}, {0x00}, {0x00}, {0x00}}), PageClass::Mono);
     EXPECT_EQ(classOf(raster, {{0x00}, {0x01}, {0x00}, {0x00}}), PageClass::Color);
 }
