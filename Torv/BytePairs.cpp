@@ -310,15 +310,12 @@ struct RoundOf128 {
         return maskOf(hits[0] | hits[1] | hits[2] | hits[3]) != 0;
     }
 
-    /// The first place that is hit, of a round where there is one. Half of the time that is in either half of
-    /// the round, so that no branch is taken by it.
+    /// The first place that is hit, of a round where there is one.
     [[TORV_AVX2, gnu::always_inline]] std::size_t first() const
     {
         const std::uint64_t low = std::uint64_t(maskOf(hits[1])) << 32 | maskOf(hits[0]);
         const std::uint64_t high = std::uint64_t(maskOf(hits[3])) << 32 | maskOf(hits[2]);
-        const std::size_t inLow = static_cast<std::size_t>(std::countr_zero(low));
-        const std::size_t inHigh = static_cast<std::size_t>(std::countr_zero(high)) + 64;
-        return low != 0 ? inLow : inHigh;
+        return static_cast<std::size_t>(low != 0 ? std::countr_zero(low) : 64 + std::countr_zero(high));
     }
 };
 

@@ -193,40 +193,35 @@ Form setsForm(const char* name, bool runsHere = true)
 
 std::vector<Form> pairForms()
 {
-    return
-    {
-        pairForm<Torv::findPair>("FindPairChosen"), pairForm<Kernels::findPairPortable>("FindPairPortable"),
+    std::vector<Form> forms{pairForm<Torv::findPair>("FindPairChosen"),
+                            pairForm<Kernels::findPairPortable>("FindPairPortable")};
 #if defined(__x86_64__)
-            pairForm<Kernels::findPairSse2>("FindPairSse2"),
-            pairForm<Kernels::findPairAvx2>("FindPairAvx2", Kernels::hasAvx2()),
+    forms.push_back(pairForm<Kernels::findPairSse2>("FindPairSse2"));
+    forms.push_back(pairForm<Kernels::findPairAvx2>("FindPairAvx2", Kernels::hasAvx2()));
 #endif
-    };
+    return forms;
 }
 
 std::vector<Form> byteOrPairForms()
 {
-    return
-    {
-        byteOrPairForm<Torv::findByteOrPair>("FindByteOrPairChosen"),
-            byteOrPairForm<Kernels::findByteOrPairPortable>("FindByteOrPairPortable"),
+    std::vector<Form> forms{byteOrPairForm<Torv::findByteOrPair>("FindByteOrPairChosen"),
+                            byteOrPairForm<Kernels::findByteOrPairPortable>("FindByteOrPairPortable")};
 #if defined(__x86_64__)
-            byteOrPairForm<Kernels::findByteOrPairSse2>("FindByteOrPairSse2"),
-            byteOrPairForm<Kernels::findByteOrPairAvx2>("FindByteOrPairAvx2", Kernels::hasAvx2()),
+    forms.push_back(byteOrPairForm<Kernels::findByteOrPairSse2>("FindByteOrPairSse2"));
+    forms.push_back(byteOrPairForm<Kernels::findByteOrPairAvx2>("FindByteOrPairAvx2", Kernels::hasAvx2()));
 #endif
-    };
+    return forms;
 }
 
 std::vector<Form> setsForms()
 {
-    return
-    {
-        setsForm<Torv::findPairOfSets>("FindPairOfSetsChosen"),
-            setsForm<Kernels::findPairOfSetsPortable>("FindPairOfSetsPortable"),
+    std::vector<Form> forms{setsForm<Torv::findPairOfSets>("FindPairOfSetsChosen"),
+                            setsForm<Kernels::findPairOfSetsPortable>("FindPairOfSetsPortable")};
 #if defined(__x86_64__)
-            setsForm<Kernels::findPairOfSetsSse2>("FindPairOfSetsSse2"),
-            setsForm<Kernels::findPairOfSetsAvx2>("FindPairOfSetsAvx2", Kernels::hasAvx2()),
+    forms.push_back(setsForm<Kernels::findPairOfSetsSse2>("FindPairOfSetsSse2"));
+    forms.push_back(setsForm<Kernels::findPairOfSetsAvx2>("FindPairOfSetsAvx2", Kernels::hasAvx2()));
 #endif
-    };
+    return forms;
 }
 
 std::vector<Form> allForms()
