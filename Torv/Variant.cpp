@@ -20,9 +20,7 @@ namespace
 
 namespace dom = simdjson::dom;
 using Kind = Variant::Kind;
-using Place = std::array<std::byte, 16>;
-
-static_assert(sizeof(dom::element) == sizeof(Place) && sizeof(dom::array::iterator) == sizeof(Place));
+using Place = std::array<std::byte, sizeof(dom::element)>;
 
 const char* name(Kind kind)
 {

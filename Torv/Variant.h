@@ -92,8 +92,8 @@ private:
     friend class VariantIterator;
     friend Variant Json::parse(std::string text);
 
-    /// A place in a parsed document, in the terms of the JSON library.
-    using Place = std::array<std::byte, 16>;
+    /// A place in a parsed document, in the terms of the JSON library: a pointer and an index.
+    using Place = std::array<std::byte, 2 * sizeof(void*)>;
     /// A string, an array or an object of a parsed document, and what keeps it alive.
     struct Node {
         std::shared_ptr<const void> document;

@@ -12,7 +12,7 @@ namespace
 
 using Position = simdjson::dom::array::iterator;
 
-simdjson::dom::array arrayAt(const std::array<std::byte, 16>& place)
+simdjson::dom::array arrayAt(const std::array<std::byte, sizeof(Position)>& place)
 {
     return std::bit_cast<simdjson::dom::element>(place).get_array().value_unsafe();
 }

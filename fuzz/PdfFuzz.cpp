@@ -42,7 +42,7 @@ public:
     {
         if (count > m_bytes.size() - m_position)
             throw EofException();
-        m_position += count;
+        m_position += static_cast<std::size_t>(count);
     }
 
     std::size_t position() const { return m_position; }

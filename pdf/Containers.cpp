@@ -1,6 +1,8 @@
 #include "pdf/Containers.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <memory>
 #include <new>
@@ -18,7 +20,10 @@ using Kind = ContainerNode::Kind;
 static_assert(sizeof(ContainerNode) % alignof(DictionaryEntry) == 0);
 
 constexpr std::size_t firstCapacity = 4;
-constexpr std::size_t mostElements = std::numeric_limits<std::uint32_t>::max();
+// As many as a node can count, and as there can be memory for.
+constexpr std::size_t mostElements =
+    std::min<std::size_t>(std::numeric_limits<std::uint32_t>::max(),
+                          std::numeric_limits<std::ptrdiff_t>::max() / sizeof(DictionaryEntry) - 1);
 
 bool giveUp(ContainerNode* node)
 {

@@ -29,7 +29,7 @@ struct Null {
 using AnyValue = std::variant<None, Null, Name, Reference, double, ByteString, HexString, bool, Array,
                               Dictionary, FalseReference>;
 
-static_assert(sizeof(AnyValue) == 16, "Documents hold many values");
+static_assert(sizeof(AnyValue) <= 16, "Documents hold many values");
 
 /// A PDF value, as a tree. Trees are copied and destroyed without the call stack, so that they may be of any
 /// depth.

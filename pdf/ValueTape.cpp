@@ -125,19 +125,21 @@ Value ValueTape::valueAt(std::size_t index)
 Value ValueTape::startContainer(std::size_t index)
 {
     const Token& token = m_tokens[index];
+    const auto closing = static_cast<std::size_t>(token.at);
     const bool isArray = token.kind == Token::Kind::OpenArray;
     if (token.size == 0)
         return isArray ? Value(Array()) : Value(Dictionary());
     const std::size_t firstKey = m_keys.size();
     if (isArray) {
-        ContainerNode* const node = Containers::make(ContainerNode::Kind::Array, token.size);
+        ContainerNode* const node =
+            Containers::make(ContainerNode::Kind::Array, static_cast<std::size_t>(token.size));
         Value array = Containers::array(node);
         // Most arrays hold nothing that has to be filled in its turn.
         std::size_t next = index + 1;
-        for (; next != token.at && !isContainer(m_tokens[next]); ++next, ++node->size)
+        for (; next != closing && !isContainer(m_tokens[next]); ++next, ++node->size)
             new (node->values() + node->size) Value(scalar(m_tokens[next]));
-        if (next != token.at)
-            m_frames.push_back({node, true, next, token.at, firstKey});
+        if (next != closing)
+            m_frames.push_back({node, true, next, closing, firstKey});
         return array;
     }
     sortKeys(index);

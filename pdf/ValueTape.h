@@ -74,7 +74,10 @@ public:
 
     std::size_t size() const { return m_size; }
     const Token& operator[](std::size_t index) const { return m_tokens[index]; }
-    std::string_view text(const Token& token) const { return {m_texts + token.at, token.size}; }
+    std::string_view text(const Token& token) const
+    {
+        return {m_texts + token.at, static_cast<std::size_t>(token.size)};
+    }
     std::string& bytes() { return m_bytes; }
     /// To be called when all texts are in bytes().
     void finish();
@@ -168,7 +171,7 @@ inline bool ValueTape::isContainer(const Token& token)
 inline std::size_t ValueTape::behind(std::size_t index) const
 {
     const Token& token = m_tokens[index];
-    return (isContainer(token) ? token.at : index) + 1;
+    return (isContainer(token) ? static_cast<std::size_t>(token.at) : index) + 1;
 }
 
 } // namespace Pdf::Parser

@@ -107,13 +107,14 @@ bool passRare(const std::uint8_t*& at, const std::uint8_t* last)
     if (elementSize <= 0)
         return false;
     if (!isArray(tag))
-        return passValue(at, 1 + elementSize);
+        return passValue(at, 1 + static_cast<std::ptrdiff_t>(elementSize));
     const auto lengthType = static_cast<tag_t>(at[1]);
     if (!isLengthType(lengthType))
         return false;
     const int lengthBytes = baseSizeOf(lengthType);
     const std::int64_t size = elementSize * numberAt(at + 2, lengthBytes);
-    return size < last - at - 2 - lengthBytes && passValue(at, 2 + lengthBytes + size);
+    return size < last - at - 2 - lengthBytes &&
+           passValue(at, 2 + lengthBytes + static_cast<std::ptrdiff_t>(size));
 }
 
 struct Passed {
@@ -365,7 +366,7 @@ template <typename Bytes> Bytes PclXLParser::readBytes(std::uint64_t count)
         static_cast<std::uint64_t>(std::max<std::int64_t>(m_file.m_realDataSize - m_file.m_offset, 0));
     // A length may say anything, so that no more is reserved than there can be.
     Bytes bytes;
-    bytes.reserve(std::min(count, left));
+    bytes.reserve(static_cast<std::size_t>(std::min(count, left)));
     while (count != 0) {
         const auto part = m_file.window();
         if (part.empty())

@@ -1,6 +1,10 @@
 #include "pdf/Containers.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <gtest/gtest.h>
+#include <limits>
 #include <stdexcept>
 
 namespace Pdf
@@ -24,7 +28,10 @@ TEST(Containers, LiveAsLongAsTheirLastOwner)
 
 TEST(Containers, HoldNoMoreThanTheirSizeCounts)
 {
-    EXPECT_THROW(Containers::make(ContainerNode::Kind::Dictionary, 4294967296), std::length_error);
+    constexpr auto tooMany = static_cast<std::size_t>(
+        std::min<std::uint64_t>(4294967296, std::numeric_limits<std::size_t>::max()));
+
+    EXPECT_THROW(Containers::make(ContainerNode::Kind::Dictionary, tooMany), std::length_error);
 }
 
 TEST(Containers, AreCopiedWhereTheyMayBeChangedElsewhere)

@@ -234,7 +234,7 @@ TEST(Lexer, TakesSevenBytesForWhiteSpace)
 struct WhiteRow {
     std::string text;
     bool isMore;
-    std::uint64_t position;
+    std::size_t position;
 };
 
 TEST(Lexer, SkipsWhiteSpaceAndComments)

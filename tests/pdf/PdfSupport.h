@@ -41,7 +41,7 @@ public:
     {
         if (count > bytes.size() - position)
             throw EofException();
-        position += count;
+        position += static_cast<std::size_t>(count);
         showWindow();
     }
 
