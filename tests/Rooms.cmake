@@ -21,6 +21,7 @@ add_room_tests(TorvTests
     Torv/Async/ProcessPool/ArgumentsTest.cpp
     Torv/Async/ProcessPool/DescriptorTest.cpp
     Torv/Async/ProcessPool/ProcessPoolTest.cpp
+    Torv/Async/ProcessPool/ProcessPoolThreadsTest.cpp
     Torv/Async/ProcessPool/ProcessTest.cpp
     Torv/Async/ProcessPool/WorkerTest.cpp
     Torv/VersionedStructTest.cpp
@@ -67,6 +68,8 @@ add_room_tests(ModelTests
     JobParser/model/JobFileTest.cpp
     JobParser/model/JobInfoTest.cpp
     JobParser/model/JobMetadataTest.cpp
+    JobParser/model/JobRewritingFinishingTest.cpp
+    JobParser/model/JobRewritingRemovalTest.cpp
     JobParser/model/JobRewritingTest.cpp
     JobParser/model/JobTest.cpp
     JobParser/model/PdlTest.cpp
@@ -85,12 +88,15 @@ add_room_tests(LanguagesTests
     JobParser/languages/ChunkPsCommentTest.cpp
     JobParser/languages/MatrixSearchTest.cpp
     JobParser/languages/PaperOrientationParserTest.cpp
+    JobParser/languages/Pcl5ParserByteRulesTest.cpp
     JobParser/languages/Pcl5ParserTest.cpp
     JobParser/languages/PjlFinishingTest.cpp
     JobParser/languages/PjlParserTest.cpp
     JobParser/languages/PjlSetCommandTest.cpp
     JobParser/languages/PjlTokensTest.cpp
     JobParser/languages/PostScriptFeatureTextTest.cpp
+    JobParser/languages/PostScriptParserByteRulesTest.cpp
+    JobParser/languages/PostScriptParserFeaturesTest.cpp
     JobParser/languages/PostScriptParserTest.cpp
     JobParser/languages/PrescribeCmdTest.cpp
     JobParser/languages/PrescribeParserTest.cpp
@@ -116,6 +122,8 @@ add_room_tests(PclXlTests
     JobParser/pclxl/OperatorTest.cpp
     JobParser/pclxl/PclXLAttributesTest.cpp
     JobParser/pclxl/PclXLModeTest.cpp
+    JobParser/pclxl/PclXLParserByteRulesTest.cpp
+    JobParser/pclxl/PclXLParserReadersTest.cpp
     JobParser/pclxl/PclXLParserTest.cpp
     JobParser/pclxl/PclXLTagsTest.cpp)
 
@@ -123,6 +131,8 @@ add_room_tests(FrameTests
     JobParser/ExternalParserTest.cpp
     JobParser/ExtJobProcessorTest.cpp
     JobParser/ChunkPlacesTest.cpp
+    JobParser/JobParserCFailuresTest.cpp
+    JobParser/JobParserCSetUpTest.cpp
     JobParser/JobParserCTest.cpp
     JobParser/LibraryTest.cpp
     JobParser/ParseJobInfoTest.cpp
