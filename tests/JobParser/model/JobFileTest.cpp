@@ -10,8 +10,8 @@
 #include "JobParser/model/UnexpectedEndOfFileException.h"
 #include "tests/support/EncryptedFile.h"
 #include "tests/support/SparseFile.h"
+#include "tests/support/ThrowingAssertions.h"
 
-#include "Torv/Assert.h"
 #include "Torv/GenericException.h"
 #include "Torv/IO/StringStream.h"
 #include "Torv/Security/Endecryptor/Decryptor.h"
@@ -48,34 +48,13 @@ std::string copied(JobFile& file, std::int64_t offset, std::int64_t size)
     return stream.str();
 }
 
-struct AssertionFailed {
-    std::string expression;
-};
-
-/// Makes assertions throw as long as it lives.
-class ThrowingAssertions
-{
-public:
-    ThrowingAssertions()
-        : m_former(Torv::setAssertionHandler(
-              [](const char* expression, const char*, const char*) { throw AssertionFailed{expression}; }))
-    {
-    }
-    ~ThrowingAssertions() { Torv::setAssertionHandler(m_former); }
-    ThrowingAssertions(const ThrowingAssertions&) = delete;
-    ThrowingAssertions& operator=(const ThrowingAssertions&) = delete;
-
-private:
-    Torv::AssertionHandler m_former;
-};
-
 template <typename Action> std::string failedAssertion(Action action)
 {
     const ThrowingAssertions throwing;
     try {
         action();
-    } catch (const AssertionFailed& failure) {
-        return failure.expression;
+    } catch (const Torv::GenericException& failure) {
+        return failure.what();
     }
     return "none";
 }
@@ -488,13 +467,16 @@ TEST(JobFile, FailsAnAssertionWithNothingMovedIfAHandlerThrows)
     file.open(bytes.path());
     file.setPos(1);
 
-    EXPECT_EQ(failedAssertion([&] { file.setPos(-1); }), "ofs >= 0 && ofs <= m_realDataSize");
-    EXPECT_EQ(failedAssertion([&] { file.setPos(4); }), "ofs >= 0 && ofs <= m_realDataSize");
-    EXPECT_EQ(failedAssertion([&] { file.returnChar(2); }), "m_offset >= 0");
-    EXPECT_EQ(failedAssertion([&] { file.advancePos(0); }), "count > 0");
-    EXPECT_EQ(failedAssertion([&] { file.advancePos(-1); }), "count > 0");
-    EXPECT_EQ(failedAssertion([&] { copied(file, 4, 1); }), "ofs >= 0 && ofs <= m_realDataSize");
-    EXPECT_EQ(failedAssertion([&] { copied(file, -1, 1); }), "ofs >= 0 && ofs <= m_realDataSize");
+    EXPECT_EQ(failedAssertion([&] { file.setPos(-1); }),
+              "ofs >= 0 && ofs <= m_realDataSize, JobFile, setPos");
+    EXPECT_EQ(failedAssertion([&] { file.setPos(4); }), "ofs >= 0 && ofs <= m_realDataSize, JobFile, setPos");
+    EXPECT_EQ(failedAssertion([&] { file.returnChar(2); }), "m_offset >= 0, JobFile, returnChar");
+    EXPECT_EQ(failedAssertion([&] { file.advancePos(0); }), "count > 0, JobFile, advancePos");
+    EXPECT_EQ(failedAssertion([&] { file.advancePos(-1); }), "count > 0, JobFile, advancePos");
+    EXPECT_EQ(failedAssertion([&] { copied(file, 4, 1); }),
+              "ofs >= 0 && ofs <= m_realDataSize, JobFile, copyToFile");
+    EXPECT_EQ(failedAssertion([&] { copied(file, -1, 1); }),
+              "ofs >= 0 && ofs <= m_realDataSize, JobFile, copyToFile");
 
     EXPECT_EQ(file.m_offset, 1);
     EXPECT_EQ(file.getChar(), 'b');
@@ -504,8 +486,8 @@ TEST(JobFile, AssertsThatItIsOpenBeforeItCopies)
 {
     JobFile file;
 
-    EXPECT_EQ(failedAssertion([&] { copied(file, 0, 1); }), "isOpen()");
-    EXPECT_EQ(failedAssertion([&] { copied(file, 0, 0); }), "isOpen()");
+    EXPECT_EQ(failedAssertion([&] { copied(file, 0, 1); }), "isOpen(), JobFile, copyToFile");
+    EXPECT_EQ(failedAssertion([&] { copied(file, 0, 0); }), "isOpen(), JobFile, copyToFile");
 }
 
 TEST(JobFileDeathTest, AbortsOnAPositionOutsideTheData)
@@ -543,7 +525,7 @@ TEST(JobFile, AssertsThatAFileWasOpenedBeforeThePositionIsSet)
 {
     JobFile file;
 
-    EXPECT_EQ(failedAssertion([&] { file.setPos(0); }), "mapper != nullptr");
+    EXPECT_EQ(failedAssertion([&] { file.setPos(0); }), "mapper != nullptr, JobFile, mapView");
 }
 
 TEST(JobFileDeathTest, AbortsOnCopyingFromAClosedFile)
