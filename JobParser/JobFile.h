@@ -12,6 +12,7 @@
 namespace Torv::IO
 {
 class IStream;
+class MappingGroup;
 class MemoryMappedFile;
 struct MappedView;
 } // namespace Torv::IO
@@ -43,6 +44,10 @@ public:
     /// Torv::GenericException, with the path and the system's reason, if the file cannot be opened or is no
     /// regular file.
     void open(const std::string& path);
+
+    /// The same for a thread that opens many small files one after another while others do so too: mappings
+    /// end many at a time, with those of other jobs of the group. The group may be null.
+    void open(const std::string& path, std::shared_ptr<Torv::IO::MappingGroup> group);
 
     /// Opens an encrypted file; all that is read is decrypted. m_realDataSize then is the number of decrypted
     /// bytes, less than fileSize where the cipher pads. Throws Torv::GenericException, as open does, and if

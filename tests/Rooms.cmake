@@ -31,6 +31,7 @@ add_room_tests(TorvTests
     Torv/FileSystem/PathTest.cpp
     Torv/IO/FileStreamTest.cpp
     Torv/IO/IStreamTest.cpp
+    Torv/IO/MappingGroupTest.cpp
     Torv/IO/MemoryMappedFileTest.cpp
     Torv/IO/OutputFileTest.cpp
     Torv/IO/OutputSignalsTest.cpp

@@ -32,7 +32,12 @@ JobFile::~JobFile() = default;
 
 void JobFile::open(const std::string& newPath)
 {
-    takeMapper(std::make_unique<Torv::IO::MemoryMappedFile>(newPath), newPath);
+    open(newPath, nullptr);
+}
+
+void JobFile::open(const std::string& newPath, std::shared_ptr<Torv::IO::MappingGroup> group)
+{
+    takeMapper(std::make_unique<Torv::IO::MemoryMappedFile>(newPath, std::move(group)), newPath);
     mapView();
 }
 

@@ -15,6 +15,7 @@
 #endif
 
 #include "Torv/GenericException.h"
+#include "Torv/IO/MappingGroup.h"
 #include "Torv/ScopeGuard.h"
 #include "Torv/SystemError.h"
 
@@ -56,6 +57,18 @@ struct MemoryMappedFile::MappedStretch : Stretch {
     }
 
     void* const address;
+};
+
+/// Ends its mapping when the group does.
+struct MemoryMappedFile::GroupedStretch : Stretch {
+    GroupedStretch(std::shared_ptr<const std::uint8_t> theMapping, std::int64_t theOffset,
+                   std::int64_t theSize)
+        : Stretch(theOffset, theSize), mapping(std::move(theMapping))
+    {
+        data = mapping.get();
+    }
+
+    const std::shared_ptr<const std::uint8_t> mapping;
 };
 
 /// Holds what it read, which is less than was asked for where the file ends.
@@ -101,6 +114,9 @@ namespace
 {
 
 constexpr std::uint8_t noByte = 0;
+constexpr std::int64_t kibibyte = 1024;
+// To map takes some calls and faults: longer than to read what is no larger.
+constexpr std::int64_t leastMapped = 64 * kibibyte;
 
 bool processHasThreads()
 {
@@ -111,18 +127,16 @@ bool processHasThreads()
 #endif
 }
 
-// To map costs a few calls and faults, and the end of a mapping interrupts every processor that runs a thread
-// of the process. That takes longer than to read what is small.
+// The end of a mapping interrupts every processor that runs a thread of the process, which takes longer than
+// to read what is small.
 std::int64_t mostRead(MemoryMappedFile::Access access)
 {
-    constexpr std::int64_t kibibyte = 1024;
-
     switch (access) {
     case MemoryMappedFile::Access::Mapped: return 0;
     case MemoryMappedFile::Access::Read: return 1024 * kibibyte;
     case MemoryMappedFile::Access::Automatic: break;
     }
-    return processHasThreads() ? 1024 * kibibyte : 64 * kibibyte;
+    return processHasThreads() ? 1024 * kibibyte : leastMapped;
 }
 
 [[noreturn]] void throwCannotOpen(const std::string& path, const std::string& reason)
@@ -177,6 +191,12 @@ MemoryMappedFile::MemoryMappedFile(const std::string& path, Access access)
 {
 }
 
+MemoryMappedFile::MemoryMappedFile(const std::string& path, std::shared_ptr<MappingGroup> group)
+    : MemoryMappedFile(path)
+{
+    m_group = std::move(group);
+}
+
 MemoryMappedFile::~MemoryMappedFile()
 {
     ::close(m_descriptor);
@@ -213,6 +233,10 @@ std::shared_ptr<const MappedView> MemoryMappedFile::map(std::int64_t offset, std
 std::shared_ptr<const MemoryMappedFile::Stretch> MemoryMappedFile::take(std::int64_t offset,
                                                                         std::int64_t size) const
 {
+    if (m_group != nullptr && size > leastMapped) {
+        if (auto mapping = m_group->map(m_descriptor, offset, size))
+            return std::make_shared<const GroupedStretch>(std::move(mapping), offset, size);
+    }
     if (size <= mostRead(m_access))
         return std::make_shared<const ReadStretch>(m_descriptor, offset, size);
     return std::make_shared<const MappedStretch>(m_descriptor, offset, size);

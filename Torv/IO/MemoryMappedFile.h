@@ -9,6 +9,8 @@
 namespace Torv::IO
 {
 
+class MappingGroup;
+
 /// A stretch of a file in memory. It stays readable as long as somebody holds it.
 struct TORV_EXPORT MappedView {
     MappedView(const std::uint8_t* data, std::int64_t size, std::int64_t offset);
@@ -35,6 +37,9 @@ public:
     /// Opens the file without blocking. Throws GenericException, with the path and the system's reason, if
     /// it cannot be opened or is no regular file.
     explicit MemoryMappedFile(const std::string& path, Access access = Access::Automatic);
+
+    /// The same, with mappings of more than 64 KiB in a group where it takes them.
+    MemoryMappedFile(const std::string& path, std::shared_ptr<MappingGroup> group);
     virtual ~MemoryMappedFile();
     MemoryMappedFile(const MemoryMappedFile&) = delete;
     MemoryMappedFile& operator=(const MemoryMappedFile&) = delete;
@@ -52,6 +57,7 @@ public:
 private:
     struct Stretch;
     struct MappedStretch;
+    struct GroupedStretch;
     struct ReadStretch;
     class FileView;
 
@@ -59,6 +65,7 @@ private:
 
     std::string m_path;
     Access m_access;
+    std::shared_ptr<MappingGroup> m_group; // May be null.
     int m_descriptor;
     std::weak_ptr<const Stretch> m_stretch; // The last one, as long as a view needs it.
     std::shared_ptr<const MappedView> m_view;

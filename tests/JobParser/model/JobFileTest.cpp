@@ -3,16 +3,17 @@
 #include <array>
 #include <gtest/gtest.h>
 #include <limits>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "JobParser/JobParserException.h"
 #include "JobParser/model/UnexpectedEndOfFileException.h"
 #include "tests/support/EncryptedFile.h"
+#include "tests/support/NoAddressSpace.h"
 #include "tests/support/SparseFile.h"
 #include "tests/support/ThrowingAssertions.h"
 
 #include "Torv/GenericException.h"
+#include "Torv/IO/MappingGroup.h"
 #include "Torv/IO/StringStream.h"
 #include "Torv/Security/Endecryptor/Decryptor.h"
 
@@ -176,6 +177,20 @@ TEST(JobFile, OpensAnotherFileInPlaceOfTheFirst)
     EXPECT_EQ(file.m_offset, 0);
     EXPECT_EQ(file.m_realDataSize, 3);
     EXPECT_EQ(textFrom(file), "2nd");
+}
+
+TEST(JobFile, OpensFilesOneAfterAnotherWithinAGroup)
+{
+    const auto group = std::make_shared<Torv::IO::MappingGroup>();
+    JobFile file;
+
+    for (const std::int64_t size : {65537, 3, 1048576, 65537, 1048577, 200000}) {
+        const SparseFile bytes(variedBytes(size));
+        file.open(bytes.path(), group);
+        EXPECT_EQ(file.m_realDataSize, size);
+        EXPECT_EQ(textFrom(file), variedBytes(size));
+        EXPECT_EQ(copied(file, size - 1, 1), variedBytes(size).substr(static_cast<std::size_t>(size) - 1));
+    }
 }
 
 TEST(JobFile, ForgetsAllButThePathWhenClosed)
@@ -621,20 +636,11 @@ TEST(JobFile, OpensAPlainFileBehindAnEncryptedOne)
 }
 
 // The shadow memory of the sanitizers needs the address space that this takes away.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define NEEDS_SHADOW_MEMORY
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define NEEDS_SHADOW_MEMORY
-#endif
-#endif
-
 #if !defined(NEEDS_SHADOW_MEMORY)
 /// Leaves with 0 if a reader whose next view is refused is closed, and so reads nothing any more.
 [[noreturn]] void moveWithoutAddressSpace(JobFile& file)
 {
-    const rlimit nothing{0, 0};
-    setrlimit(RLIMIT_AS, &nothing);
+    refuseAddresses();
     try {
         file.setPos(oneView);
     } catch (const Torv::GenericException&) {

@@ -4,10 +4,10 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/resource.h>
 
 #include "JobParser/JobParserException.h"
 #include "tests/JobParser/xps/XpsSupport.h"
+#include "tests/support/NoAddressSpace.h"
 #include "tests/support/OpenJob.h"
 #include "tests/support/SparseFile.h"
 #include "tests/support/ZipBytes.h"
@@ -320,14 +320,6 @@ TEST(XpsParser, LearnsNothingFromATicketInBzip2)
     EXPECT_EQ(info.flags(JobInfo::AllFlags), JobInfo::FlagPdl | JobInfo::FlagPaper);
 }
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define NEEDS_SHADOW_MEMORY
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define NEEDS_SHADOW_MEMORY
-#endif
-#endif
-
 #if !defined(NEEDS_SHADOW_MEMORY)
 /// Leaves with 0 if the refusal of a view goes through minizip as it is.
 [[noreturn]] void parseWithoutMemory(const std::string& path)
@@ -335,8 +327,7 @@ TEST(XpsParser, LearnsNothingFromATicketInBzip2)
     JobFile file;
     file.open(path);
     XpsParser parser(file);
-    const rlimit nothing{0, 0};
-    setrlimit(RLIMIT_AS, &nothing);
+    refuseAddresses();
     try {
         parser.parse();
     } catch (const JobParserException&) {

@@ -4,18 +4,21 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
+#include "tests/Torv/IO/Mappings.h"
 #include "tests/Torv/TemporaryDirectory.h"
 #include "tests/support/MessageOf.h"
 
 #include "Torv/GenericException.h"
+#include "Torv/IO/MappingGroup.h"
 
 using Torv::IO::MappedView;
+using Torv::IO::MappingGroup;
 using Torv::IO::MemoryMappedFile;
+using Torv::Test::isMappedAt;
 using Torv::Test::TemporaryDirectory;
 
 namespace
@@ -303,11 +306,6 @@ TEST(MemoryMappedFile, LetsTheMappingGoWithItsLastHolder)
 {
     const TemporaryDirectory directory;
     MemoryMappedFile file(directory.file("job", "job data"), MemoryMappedFile::Access::Mapped);
-    const auto isMappedAt = [](const void* address) {
-        unsigned char resident = 0;
-        const auto page = static_cast<std::size_t>(MemoryMappedFile::alignment());
-        return ::mincore(const_cast<void*>(address), page, &resident) == 0;
-    };
 
     auto view = file.map(0, 8);
     const void* const address = view->data;
@@ -316,6 +314,56 @@ TEST(MemoryMappedFile, LetsTheMappingGoWithItsLastHolder)
     view.reset();
 
     EXPECT_FALSE(isMappedAt(address));
+}
+
+TEST(MemoryMappedFile, MapsWithinAGroup)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.file("job", std::string(65537, 'x'));
+    const auto group = std::make_shared<MappingGroup>();
+    const void* page = nullptr;
+
+    {
+        MemoryMappedFile file(path, group);
+        const auto view = file.map(0, 65537);
+        EXPECT_EQ(textOf(*view), std::string(65537, 'x'));
+        EXPECT_TRUE(isMapping(*view, path));
+        page = view->data;
+    }
+
+    EXPECT_TRUE(isMappedAt(page));
+    EXPECT_EQ(MemoryMappedFile(path, group).map(0, 65537)->data,
+              static_cast<const std::uint8_t*>(page) + 65536 + MemoryMappedFile::alignment());
+}
+
+TEST(MemoryMappedFile, LeavesOutOfAGroupWhatIsSmallOrLarge)
+{
+    constexpr std::size_t large = 1024 * 1024 + 1;
+    const TemporaryDirectory directory;
+    const std::string path = directory.file("job", std::string(large, 'x'));
+    MemoryMappedFile file(path, std::make_shared<MappingGroup>());
+
+    EXPECT_FALSE(isMapping(*file.map(0, 65536), path));
+    const void* const page = file.map(0, large)->data;
+    file.unmap();
+
+    EXPECT_FALSE(isMappedAt(page));
+}
+
+TEST(MemoryMappedFile, ReadsWhatAGroupRefusesWhereTheProcessHasThreads)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.file("job", std::string(65537, 'x'));
+    const auto group = std::make_shared<MappingGroup>();
+    constexpr int noDescriptor = -1;
+    ASSERT_EQ(group->map(noDescriptor, 0, 1), nullptr);
+    MemoryMappedFile file(path, group);
+
+    std::thread([&] {
+        const auto view = file.map(0, 65537);
+        EXPECT_EQ(textOf(*view), std::string(65537, 'x'));
+        EXPECT_FALSE(isMapping(*view, path));
+    }).join();
 }
 
 TEST(MemoryMappedFile, ReadsAFileThatWasRemovedMeanwhile)
