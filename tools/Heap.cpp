@@ -31,6 +31,10 @@ constexpr int usualStep = 128 * 1024;
 constexpr int leastOutsideHeap = 32 * mebibyte;
 // A part of the heap that is free will be wanted again.
 constexpr int neverTrimmed = std::numeric_limits<int>::max();
+// What each of several threads keeps free: more than the chunks of a usual job and the bytes of its view.
+constexpr int mostKept = 16 * mebibyte;
+// Larger than any view that is read.
+constexpr int leastOutsideKept = 2 * mebibyte;
 
 } // namespace
 
@@ -59,6 +63,14 @@ void prepareHeap(std::int64_t jobSize)
     static void* volatile untouched = nullptr;
     if (untouched == nullptr)
         untouched = std::malloc(gap);
+#endif
+}
+
+void keepHeapForThreads()
+{
+#if defined(__GLIBC__)
+    mallopt(M_MMAP_THRESHOLD, leastOutsideKept);
+    mallopt(M_TRIM_THRESHOLD, mostKept);
 #endif
 }
 

@@ -10,4 +10,8 @@ namespace JobParser::Tool
 /// Does nothing for a job that is small. What fails only leaves the heap as slow as it was.
 void prepareHeap(std::int64_t jobSize);
 
+/// Keeps what jobs of a usual size took for the next ones of the thread. To give memory back, each time a job
+/// ends, would interrupt the other threads.
+void keepHeapForThreads();
+
 } // namespace JobParser::Tool

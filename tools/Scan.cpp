@@ -17,6 +17,7 @@
 #include "JobParser/Job.h"
 #include "JobParser/paper/PaperSizeManager.h"
 #include "tools/FileFinder.h"
+#include "tools/Heap.h"
 #include "tools/ProgressBar.h"
 #include "tools/Session.h"
 #include "tools/StandardErrorLog.h"
@@ -24,6 +25,7 @@
 
 #include "Torv/GenericException.h"
 #include "Torv/IO/FileStream.h"
+#include "Torv/IO/MappingGroup.h"
 #include "Torv/Json/Object.h"
 
 namespace JobParser::Tool
@@ -72,11 +74,17 @@ private:
     using Clock = std::chrono::steady_clock;
     using Lock = std::unique_lock<std::mutex>;
 
+    /// What one thread reads with.
+    struct Reader {
+        JobFile file;
+        std::shared_ptr<Torv::IO::MappingGroup> group;
+    };
+
     void work();
-    void workThrough(JobFile& file);
+    void workThrough(Reader& reader);
     void findFiles(Lock& lock);
     bool mayGoOn() const;
-    Result resultOf(const FileFinder::Found& found, JobFile& file);
+    Result resultOf(const FileFinder::Found& found, Reader& reader);
     void deliver(Result result, std::size_t number);
     void print(const Result& result);
     void refresh();
@@ -94,6 +102,7 @@ private:
 
     const Options& m_options;
     const int m_threadCount;
+    const Torv::IO::MappingGroup m_mappings; // Of which each thread has a peer.
     PaperSizeManager m_papers;
     Parser m_parser;
     bool m_showsProgress;
@@ -134,6 +143,8 @@ ExitStatus Scanner::run()
 {
     std::thread ticker;
     std::vector<std::thread> threads;
+    if (m_threadCount > 1)
+        keepHeapForThreads();
     try {
         // A worker may take minutes over one job.
         if (m_showsProgress || m_options.worker.isUsed)
@@ -156,14 +167,17 @@ ExitStatus Scanner::run()
 void Scanner::work()
 {
     try {
-        JobFile file;
-        workThrough(file);
+        Reader reader;
+        // Alone, a thread interrupts nobody.
+        if (m_threadCount > 1)
+            reader.group = m_mappings.makePeer();
+        workThrough(reader);
     } catch (...) {
         fail(std::current_exception());
     }
 }
 
-void Scanner::workThrough(JobFile& file)
+void Scanner::workThrough(Reader& reader)
 {
     for (;;) {
         Lock lock(m_mutex);
@@ -175,7 +189,7 @@ void Scanner::workThrough(JobFile& file)
         m_files.pop_front();
         const std::size_t number = m_found++;
         lock.unlock();
-        deliver(resultOf(found, file), number);
+        deliver(resultOf(found, reader), number);
     }
 }
 
@@ -207,7 +221,7 @@ bool Scanner::mayGoOn() const
     return m_found < m_printed + mostAhead || m_failure;
 }
 
-Result Scanner::resultOf(const FileFinder::Found& found, JobFile& file)
+Result Scanner::resultOf(const FileFinder::Found& found, Reader& reader)
 {
     Result result;
     Torv::Json::Object line;
@@ -215,9 +229,9 @@ Result Scanner::resultOf(const FileFinder::Found& found, JobFile& file)
     try {
         if (!found.error.empty())
             throw Torv::GenericException(found.error);
-        openJob(file, found.path, m_options);
-        result.bytes = file.fileSize;
-        line.addJson("info", m_parser.parse(file, parseOptionsOf(m_options))->job->jobInfo.toJson());
+        openJob(reader.file, found.path, m_options, reader.group);
+        result.bytes = reader.file.fileSize;
+        line.addJson("info", m_parser.parse(reader.file, parseOptionsOf(m_options))->job->jobInfo.toJson());
     } catch (const std::exception& error) {
         const std::string message = messageOf(error);
         line.add("error", message);

@@ -55,13 +55,14 @@ void configure(PaperSizeManager& papers, const Options& options)
         throw Torv::GenericException("Cannot read the configuration | path=" + path);
 }
 
-void openJob(JobFile& file, const std::string& path, const Options& options)
+void openJob(JobFile& file, const std::string& path, const Options& options,
+             std::shared_ptr<Torv::IO::MappingGroup> group)
 {
     using Torv::Security::Endecryptor::Decryptor;
     if (options.decryption)
         file.openEncrypted(path, std::make_unique<Decryptor>(*options.decryption));
     else
-        file.open(path);
+        file.open(path, std::move(group));
 }
 
 Parser::ParseOptions parseOptionsOf(const Options& options)

@@ -12,6 +12,11 @@ namespace JobParser
 class PaperSizeManager;
 }
 
+namespace Torv::IO
+{
+class MappingGroup;
+}
+
 namespace JobParser::Tool
 {
 
@@ -25,8 +30,10 @@ void initLibrary(const Options& options, Workers workers);
 /// Throws Torv::GenericException if the file of the options cannot be read.
 void configure(PaperSizeManager& papers, const Options& options);
 
-/// Opens a job as the options say. Throws as JobFile::open and JobFile::openEncrypted do.
-void openJob(JobFile& file, const std::string& path, const Options& options);
+/// Opens a job as the options say, an unencrypted one within the group, which may be null. Throws as
+/// JobFile::open and JobFile::openEncrypted do.
+void openJob(JobFile& file, const std::string& path, const Options& options,
+             std::shared_ptr<Torv::IO::MappingGroup> group = nullptr);
 
 Parser::ParseOptions parseOptionsOf(const Options& options);
 

@@ -7,7 +7,7 @@ import subprocess
 import threading
 import unittest
 
-from ToolTest import FAILED, MALFORMED, RAW, TOOL, WRONG, ToolTest, make_samples
+from ToolTest import FAILED, MALFORMED, RAW, TOOL, UEL, WRONG, ToolTest, make_samples
 
 
 class ScanTest(ToolTest):
@@ -70,6 +70,16 @@ class Lines(ScanTest):
         for jobs in ("1", "2", "3", "16"):
             self.assertEqual(self.paths("--jobs", jobs, "spool"), expected)
         self.assertEqual(self.paths("spool"), expected)
+
+    def test_are_the_same_on_any_number_of_threads(self):
+        self.folders("spool")
+        for number in range(300):
+            comments = b"@PJL COMMENT large enough to be mapped\r\n" * (number % 50 * 200)
+            self.file(f"spool/{number:03}", UEL + comments + b"@PJL SET COPIES=%d\r\n" % (number + 1))
+
+        for jobs in ("1", "2", "3"):
+            lines, _ = self.scan("--jobs", jobs, "spool")
+            self.assertEqual([line["info"]["copies"] for line in lines], list(range(1, 301)))
 
     def test_come_as_soon_as_they_are_known(self):
         os.mkfifo(self.folder / "pipe")
