@@ -1,7 +1,10 @@
 #include "JobParser/ExtJobProcessor.h"
 
 #include <array>
+#include <chrono>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "tests/support/MessageOf.h"
 #include "tests/support/ScriptedWorker.h"
@@ -132,6 +135,25 @@ TEST(ExtJobProcessor, FailsRequestsOnceItIsStopped)
     EXPECT_FALSE(hasChildren());
     EXPECT_EQ(messageOf([] { processor().parse("", Pdl::Pdf); }), "The worker processes are not started");
     EXPECT_NO_THROW(processor().stop());
+}
+
+TEST(ExtJobProcessor, LeavesItsWorkersToTheParentInAForkedProcess)
+{
+    const ScriptedWorker worker(ScriptedWorker::answering(R"({"a":1})"));
+    processor().run(Torv::Json::Object());
+
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const auto start = std::chrono::steady_clock::now();
+        Library::init({});
+        const auto taken = std::chrono::steady_clock::now() - start;
+        ::_exit(taken < std::chrono::milliseconds(500) ? 0 : 1);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(processor().run(Torv::Json::Object()).toJson(), R"({"a":1})");
 }
 
 TEST(ExtJobProcessor, NumbersTheFormatsAsWorkersKnowThem)

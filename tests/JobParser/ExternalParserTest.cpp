@@ -325,6 +325,40 @@ TEST(ExternalParser, KeepsTheGreaterNumberOfCopies)
     EXPECT_EQ(info.copies, 5);
 }
 
+TEST(ExternalParser, TakesNoCopiesForOneAlsoInTheMerge)
+{
+    const ScriptedWorker worker(ScriptedWorker::answering(
+        R"({"monoCount":1,"grayCount":0,"colorCount":0,"copies":0,"pageWidth":0,"pageHeight":0})"));
+    Scene scene;
+    JobInfo without = recordOf(Pdl::Pcl5);
+    JobInfo with = recordOf(Pdl::Pcl5);
+    with.setCopies(3);
+
+    scene.parser.externalParser(scene.globalParser, without, scene.duration);
+    scene.parser.externalParser(scene.globalParser, with, scene.duration);
+
+    EXPECT_EQ(without.copies, 1);
+    EXPECT_EQ(with.copies, 3);
+}
+
+TEST(ExternalParser, FillsTheGapBesideAPaperOrAnOrientationThatIsKnown)
+{
+    const ScriptedWorker worker(ScriptedWorker::answering(wideReply));
+    Scene scene;
+    JobInfo paperKnown = recordOf(Pdl::Pcl5);
+    JobInfo orientationKnown = recordOf(Pdl::Pcl5);
+    paperKnown.setPaper(PaperLetter);
+    orientationKnown.setOrientation(Orientation::Portrait);
+
+    scene.parser.externalParser(scene.globalParser, paperKnown, scene.duration);
+    scene.parser.externalParser(scene.globalParser, orientationKnown, scene.duration);
+
+    EXPECT_EQ(paperKnown.paper, PaperLetter);
+    EXPECT_EQ(paperKnown.orientation, Orientation::Landscape);
+    EXPECT_EQ(orientationKnown.paper, PaperA3);
+    EXPECT_EQ(orientationKnown.orientation, Orientation::Portrait);
+}
+
 TEST(ExternalParser, AsksForPostScriptWithoutAnOrientationAndTakesTheCounts)
 {
     const ScriptedWorker worker(ScriptedWorker::answering(wideReply));
@@ -349,13 +383,14 @@ struct Failure {
 
 TEST(ExternalParser, LogsWhatGoesWrongAndGoesOn)
 {
-    const std::array<Failure, 6> rows{{
+    const std::array<Failure, 7> rows{{
         {"crash", "crash", "Parsing via an external parser failed: The worker process died | signal=6"},
         {"hang", "hang", "Parsing via an external parser failed: The worker process did not answer in time"},
         {"flood", "flood 20000000",
          "Parsing via an external parser failed: The worker process answered too much | limit=16777216"},
         {"no JSON", "print {nonsense%0A",
          "Parsing via an external parser failed: Json::parse(): The text is no JSON"},
+        {"nothing", "leave 0", "Parsing via an external parser failed: Json::parse(): The text is no JSON"},
         {"no line", "print nonsense leave 0",
          "Parsing via an external parser failed: Json::parse(): The text is no JSON"},
         {"a key missing", ScriptedWorker::answering(R"({"monoCount":1})"),

@@ -1,9 +1,11 @@
 #include "JobParser/Library.h"
 
 #include <array>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <thread>
 #include <vector>
 
@@ -163,6 +165,33 @@ TEST(Library, StartsWithoutItsWorker)
 
     EXPECT_THROW(Library::extJobProcessor().run(Torv::Json::Object()), Torv::GenericException);
     Library::init({});
+}
+
+/// Leaves with 0 if the library can be set up after that failed.
+[[noreturn]] void initialiseAfterAFailure()
+{
+    rlimit descriptors{};
+    ::getrlimit(RLIMIT_NOFILE, &descriptors);
+    const rlimit none{0, descriptors.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    try {
+        Library::init(oneWorker(workerFolder(), ""));
+        std::_Exit(1);
+    } catch (const Torv::GenericException&) {
+        ::setrlimit(RLIMIT_NOFILE, &descriptors);
+    }
+    Library::init(oneWorker(workerFolder(), ""));
+    const bool isUsable = Library::extJobProcessor().run(Torv::Json::Object())["number"].toInt() == 1;
+    Library::init({});
+    std::_Exit(isUsable ? 0 : 2);
+}
+
+TEST(LibraryDeathTest, MayBeInitialisedAfterThatFailed)
+{
+    // In a process of its own, where nothing was set up before.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+
+    EXPECT_EXIT(initialiseAfterAFailure(), testing::ExitedWithCode(0), "");
 }
 
 TEST(Library, KeepsTheFormerWorkersForThoseWhoHoldThem)

@@ -38,8 +38,8 @@ inline bool processRuns(int pid)
     return name != std::string::npos && text.compare(name, 3, ") Z") != 0;
 }
 
-/// The numbers that TestWorker's action `logpid` wrote.
-inline std::vector<int> loggedPids(const std::string& path)
+/// The numbers that TestWorker's actions `log` and `logpid` wrote.
+inline std::vector<int> numbersIn(const std::string& path)
 {
     std::ifstream file(path);
     return std::vector<int>(std::istream_iterator<int>(file), std::istream_iterator<int>());

@@ -12,7 +12,7 @@ namespace
 {
 
 constexpr auto never = Clock::time_point::max();
-// A process that the system does not let go even after a kill is left to it.
+// A process that the system does not let go even after a kill is left to it when the pool ends.
 constexpr std::chrono::seconds patienceAfterKill{5};
 constexpr std::int64_t maxSeconds = 315360000; // Ten years.
 
@@ -150,7 +150,7 @@ Clock::time_point ProcessPool::Running::dueTime(const Member& member) const
     case State::Busy: return m_stopAt && !member.isKilled ? *m_stopAt : never;
     case State::Leaving: return member.since;
     case State::Dismissed: return m_stopAt ? *m_stopAt : member.since + wholeSeconds(m_options.stopWait);
-    case State::Killed: return member.since + patienceAfterKill;
+    case State::Killed: return m_stopAt ? member.since + patienceAfterKill : never;
     }
     return never;
 }

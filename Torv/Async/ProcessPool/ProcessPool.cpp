@@ -26,16 +26,11 @@ ProcessPool::ProcessPool() = default;
 
 ProcessPool::~ProcessPool()
 {
-    if (isForked())
-        forget();
-    else
-        stop(m_stopWait);
+    stop(m_stopWait);
 }
 
 void ProcessPool::start(const Options& options)
 {
-    if (isForked())
-        forget();
     stop(options.stopWait);
     countForks();
     auto started = std::make_shared<Running>(options);
@@ -59,6 +54,10 @@ std::string ProcessPool::request(const std::string& text)
 
 void ProcessPool::stop(std::int64_t seconds)
 {
+    if (isForked()) {
+        forget();
+        return;
+    }
     const std::shared_ptr<Running> pool = running();
     if (pool == nullptr)
         return;

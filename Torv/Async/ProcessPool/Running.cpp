@@ -141,7 +141,8 @@ void ProcessPool::Running::giveBack(Member& member)
     const std::lock_guard lock(m_mutex);
     m_stillborn = 0;
     ++member.served;
-    if (m_options.poolLimit < 1 || member.served < m_options.poolLimit) {
+    const bool isSpent = m_options.poolLimit >= 1 && member.served >= m_options.poolLimit;
+    if (!isSpent && !member.worker->isOver()) {
         handOut(member);
         return;
     }

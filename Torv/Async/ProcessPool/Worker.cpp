@@ -79,6 +79,9 @@ std::optional<std::string> Worker::ask(std::string_view request, const Deadline&
 // Lines of its own may come at any time, but an answer that nobody asked for would be taken for the next one.
 bool Worker::isInStep()
 {
+    // What came together with the answer before has not been looked at.
+    if (findAnswer())
+        return false;
     for (;;) {
         switch (receive()) {
         case Received::Bytes:
@@ -152,6 +155,7 @@ std::string Worker::takeAll()
 
 std::string Worker::takeLastWords(const Deadline& deadline)
 {
+    m_isOver = true;
     const auto patience = Clock::now() + endingTime;
     std::array<pollfd, 1> polled{{{m_process.watch().number(), POLLIN, 0}}};
     if (!pollUntil(polled, std::min(deadline.value_or(patience), patience))) {

@@ -41,6 +41,9 @@ public:
     /// Writes the text to the process as far as it takes it at once, and closes its input.
     void dismiss(std::string_view stopCommand);
 
+    /// Whether the answer given last was the end of its output.
+    bool isOver() const { return m_isOver; }
+
     void kill() const { m_process.kill(); }
     std::string ending() const { return m_process.ending(); } ///< As Process::ending.
     int watch() const { return m_process.watch().number(); }  ///< As Process::watch.
@@ -60,6 +63,7 @@ private:
     [[noreturn]] void fail(const std::string& message) const;
 
     Process m_process;
+    bool m_isOver = false;
     std::string m_received;      ///< Not yet given as an answer.
     std::size_t m_lineStart = 0; ///< Of the line in m_received that has no end yet.
     std::size_t m_scanned = 0;   ///< How far m_received has been searched for a line feed.

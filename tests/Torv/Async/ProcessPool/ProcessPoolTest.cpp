@@ -91,12 +91,12 @@ TEST(ProcessPool, StartsAllProcessesAtOnceAndKeepsThem)
 
     pool.start(workers(3, "logpid " + started));
 
-    EXPECT_TRUE(eventually([&] { return loggedPids(started).size() == 3; }));
+    EXPECT_TRUE(eventually([&] { return numbersIn(started).size() == 3; }));
     std::set<int> pids;
     for (int request = 0; request < 20; ++request)
         pids.insert(pidOf(pool.request("1")));
     EXPECT_EQ(pids.size(), 1U);
-    EXPECT_EQ(loggedPids(started).size(), 3U);
+    EXPECT_EQ(numbersIn(started).size(), 3U);
 }
 
 TEST(ProcessPool, StartsNothingIfNoProcessIsAskedFor)
@@ -169,7 +169,7 @@ TEST(ProcessPool, TriesOneWhoseProgramEndsAtOnceAtMostOnceASecond)
     const std::string started = directory.path("started");
     ProcessPool pool;
     pool.start(workers(2, "logpid " + started + " leave 3"));
-    ASSERT_TRUE(eventually([&] { return loggedPids(started).size() == 2 && threadCount() > 0; }));
+    ASSERT_TRUE(eventually([&] { return numbersIn(started).size() == 2 && threadCount() > 0; }));
 
     const auto start = Clock::now();
     int requests = 0;
@@ -179,7 +179,7 @@ TEST(ProcessPool, TriesOneWhoseProgramEndsAtOnceAtMostOnceASecond)
     }
 
     EXPECT_GT(requests, 50);
-    EXPECT_LT(loggedPids(started).size(), 30U);
+    EXPECT_LT(numbersIn(started).size(), 30U);
 }
 
 TEST(ProcessPool, KillsAndReplacesWhatMissesTheDeadline)
@@ -244,6 +244,24 @@ TEST(ProcessPool, LetsRequestsWaitInTheirOrder)
     }
 }
 
+TEST(ProcessPool, LetsRequestsWaitInTheirOrderForProcessesThatAnswerByTheirEnd)
+{
+    const Torv::Test::TemporaryDirectory directory;
+    const std::string taken = directory.path("taken");
+    ProcessPool pool;
+    pool.start(workers(1, "each log " + taken + " sleep 100 print bye leave 0"));
+    std::vector<std::future<std::string>> answers;
+    for (int request = 1; request <= 4; ++request) {
+        answers.push_back(std::async(std::launch::async,
+                                     [&pool, request] { return pool.request(std::to_string(request)); }));
+        std::this_thread::sleep_for(15ms);
+    }
+
+    for (std::future<std::string>& answer : answers)
+        EXPECT_EQ(answer.get(), "bye");
+    EXPECT_EQ(numbersIn(taken), (std::vector<int>{1, 2, 3, 4}));
+}
+
 TEST(ProcessPool, ReplacesAProcessThatHasServedItsRequests)
 {
     const Torv::Test::TemporaryDirectory directory;
@@ -290,7 +308,7 @@ TEST(ProcessPool, ReplacesAProcessThatHasBeenIdleForLong)
 
     pool.start(options);
 
-    EXPECT_TRUE(eventually([&] { return loggedPids(started).size() >= 3; }));
+    EXPECT_TRUE(eventually([&] { return numbersIn(started).size() >= 3; }));
     EXPECT_TRUE(eventually([&] { return std::filesystem::exists(left); }));
     EXPECT_EQ(Json::parse(pool.request("1"))["number"].toInt(), 1);
 }
@@ -451,7 +469,7 @@ TEST(ProcessPool, MayBeStartedAgain)
     ProcessPool pool;
     pool.start(workers(2, "logpid " + started));
     pool.request("1");
-    eventually([&] { return loggedPids(started).size() == 2; });
+    eventually([&] { return numbersIn(started).size() == 2; });
     std::_Exit(0);
 }
 
@@ -464,7 +482,7 @@ TEST(ProcessPoolDeathTest, LeavesNoWorkerBehindAHostThatDies)
 
     EXPECT_EXIT(leaveWorkersBehind(started), testing::ExitedWithCode(0), "");
 
-    const std::vector<int> pids = loggedPids(started);
+    const std::vector<int> pids = numbersIn(started);
     EXPECT_EQ(pids.size(), 2U);
     for (const int pid : pids)
         EXPECT_TRUE(eventually([&] { return !processRuns(pid); }));
@@ -489,6 +507,30 @@ TEST(ProcessPool, LeavesTheProcessesToTheParentInAForkedChild)
 
     EXPECT_EQ(status, 0);
     EXPECT_EQ(pidOf(pool->request("1")), worker);
+}
+
+TEST(ProcessPool, MayBeStoppedAndStartedAnewInAForkedProcess)
+{
+    ProcessPool pool;
+    pool.start(workers(2));
+    const int worker = pidOf(pool.request("1"));
+
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const auto start = std::chrono::steady_clock::now();
+        pool.stop(5);
+        const bool isQuick = std::chrono::steady_clock::now() - start < std::chrono::milliseconds(500);
+        const bool isStopped = failureOf(pool) == "The worker processes are not started";
+        pool.start(workers(1));
+        const bool isAnew = pidOf(pool.request("1")) != worker;
+        pool.stop(0);
+        ::_exit(isQuick && isStopped && isAnew ? 0 : 1);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(pidOf(pool.request("1")), worker);
 }
 
 } // namespace

@@ -77,7 +77,7 @@ TEST(ProcessPoolThreads, GetAnAnswerOrAnErrorWhileWorkersAreKilled)
         std::atomic<bool> done{false};
         std::thread killer([&] {
             for (std::size_t victim = 0; !done; std::this_thread::sleep_for(5ms)) {
-                const std::vector<int> pids = loggedPids(started);
+                const std::vector<int> pids = numbersIn(started);
                 if (!pids.empty() && processRuns(pids[victim % pids.size()]))
                     ::kill(pids[victim % pids.size()], SIGKILL);
                 ++victim;

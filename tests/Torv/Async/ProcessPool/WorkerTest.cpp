@@ -66,6 +66,28 @@ TEST(Worker, KeepsWhatIsPrintedBehindAnAnswerForTheNext)
     EXPECT_EQ(worker.ask("1\n", std::nullopt), "bye\n{}\n");
 }
 
+TEST(Worker, TakesNoAnswerToTheRequestBeforeThatCameBehindOtherLines)
+{
+    for (const std::string extra : {"bye%0A{\"b\":2}%0A", "bye%0A{half", "{\"b\":2}%0A", "{half"}) {
+        Worker worker(testWorkerPath, {"each", "print", "{\"a\":1}%0A" + extra});
+
+        EXPECT_EQ(worker.ask("1\n", std::nullopt), "{\"a\":1}\n") << extra;
+        EXPECT_EQ(worker.ask("2\n", std::nullopt), std::nullopt) << extra;
+    }
+}
+
+TEST(Worker, KnowsWhetherItsAnswerWasItsLast)
+{
+    Worker staying(testWorkerPath, {});
+    Worker leaving(testWorkerPath, {"each", "print", "last words", "leave", "0"});
+
+    staying.ask("1\n", std::nullopt);
+    leaving.ask("1\n", std::nullopt);
+
+    EXPECT_FALSE(staying.isOver());
+    EXPECT_TRUE(leaving.isOver());
+}
+
 TEST(Worker, AnswersByTheEndOfItsOutputIfItEndsInOrder)
 {
     EXPECT_EQ(answerOf({"each", "print", "no brace", "leave", "0"}), "no brace");
