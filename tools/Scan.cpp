@@ -9,7 +9,6 @@
 #include <mutex>
 #include <string>
 #include <sys/stat.h>
-#include <system_error>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -83,6 +82,7 @@ private:
     void work();
     void workThrough(Reader& reader);
     void findFiles(Lock& lock);
+    bool mayFind() const;
     bool mayGoOn() const;
     Result resultOf(const FileFinder::Found& found, Reader& reader);
     void deliver(Result result, std::size_t number);
@@ -151,8 +151,8 @@ ExitStatus Scanner::run()
             ticker = std::thread([this] { keepFresh(); });
         for (int thread = 1; thread < m_threadCount; ++thread)
             threads.emplace_back([this] { work(); });
-    } catch (const std::system_error&) {
-        // The system gives no more threads; those that there are do it all.
+    } catch (const std::exception&) {
+        // The system gives no more threads, or no memory for them; those that there are do it all.
     }
     work();
     for (std::thread& thread : threads)
@@ -182,9 +182,11 @@ void Scanner::workThrough(Reader& reader)
     for (;;) {
         Lock lock(m_mutex);
         findFiles(lock);
-        m_changed.wait(lock, [this] { return mayGoOn(); });
-        if (m_failure || m_files.empty())
+        m_changed.wait(lock, [this] { return mayGoOn() || mayFind(); });
+        if (m_failure || (m_files.empty() && m_hasAllFiles))
             return;
+        if (!mayGoOn())
+            continue;
         const FileFinder::Found found = std::move(m_files.front());
         m_files.pop_front();
         const std::size_t number = m_found++;
@@ -211,6 +213,13 @@ void Scanner::findFiles(Lock& lock)
         m_changed.notify_all();
     }
     m_isFinding = false;
+    m_changed.notify_all();
+}
+
+/// Who has taken up a file finds no more until it is done.
+bool Scanner::mayFind() const
+{
+    return m_files.empty() && !m_isFinding && !m_hasAllFiles;
 }
 
 /// With a file, or because there is none.

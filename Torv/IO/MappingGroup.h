@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -14,7 +13,8 @@ namespace Torv::IO
 /// a group of its own.
 ///
 /// What was mapped ends when 32 MiB or 256 mappings are full, or with the group, as soon as nobody holds any
-/// of it. Until then it keeps the disk space of files that are deleted.
+/// of it. Until then it keeps the disk space of files that are deleted. 64 peers map at a time, 8 where
+/// addresses have 32 bits.
 ///
 /// Belongs to one thread. What it gives may be held by any, and outlive it.
 class TORV_EXPORT MappingGroup
@@ -32,18 +32,21 @@ public:
 
     /// Maps `size` bytes of a file, 1 or more, from `offset`, a multiple of the page size; the mapping lasts
     /// as long as somebody holds what is returned. Null if `size` is above mostMapped, if the system refuses,
-    /// or if it would make the thread wait, since a peer is ending mappings: such a stretch is read instead.
+    /// if enough peers map already, or if the thread would have to wait since a peer is ending mappings: such
+    /// a stretch is read instead.
     std::shared_ptr<const std::uint8_t> map(int descriptor, std::int64_t offset, std::int64_t size);
 
 private:
+    struct Peers;
     struct Range;
-    using Counter = std::atomic<int>;
 
-    explicit MappingGroup(std::shared_ptr<Counter> endings);
+    explicit MappingGroup(std::shared_ptr<Peers> peers);
 
-    std::shared_ptr<Counter> m_endings; // Peers that are ending mappings now.
-    std::shared_ptr<Range> m_range;     // Takes the next mapping, if there is room.
-    bool m_isRefused = false;           // The system would not map once; it will not the next time.
+    std::shared_ptr<Range> newRange();
+
+    std::shared_ptr<Peers> m_peers;
+    std::shared_ptr<Range> m_range; // Takes the next mapping, if there is room.
+    bool m_isRefused = false;       // The system would not map once; it will not the next time.
 };
 
 } // namespace Torv::IO

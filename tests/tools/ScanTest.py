@@ -131,7 +131,7 @@ class Folders(ScanTest):
         for path in expected:
             self.file(path, RAW)
 
-        for jobs in ("1", "2", "16"):
+        for jobs in ("1", "2", "16", "200"):
             self.assertEqual(self.paths("--jobs", jobs, "s"), expected)
 
     def test_give_regular_files_only(self):

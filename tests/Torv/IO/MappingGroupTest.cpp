@@ -162,6 +162,24 @@ TEST(MappingGroup, MapsNoMoreThanAMebibyteAtATime)
     EXPECT_NE(group.map(file.descriptor(), 0, mebibyte), nullptr);
 }
 
+TEST(MappingGroup, LeavesAddressesForOtherThingsHoweverManyPeersThereAre)
+{
+    constexpr std::size_t most = sizeof(void*) < 8 ? 8 : 64;
+    const OpenFile file("job data");
+    const MappingGroup first;
+    std::vector<std::unique_ptr<MappingGroup>> groups;
+    for (std::size_t number = 0; number < most; ++number) {
+        groups.push_back(first.makePeer());
+        ASSERT_NE(groups.back()->map(file.descriptor(), 0, 8), nullptr);
+    }
+    const auto oneMore = first.makePeer();
+
+    EXPECT_EQ(oneMore->map(file.descriptor(), 0, 8), nullptr);
+    EXPECT_NE(groups.front()->map(file.descriptor(), 0, 8), nullptr);
+    groups.pop_back();
+    EXPECT_NE(oneMore->map(file.descriptor(), 0, 8), nullptr);
+}
+
 TEST(MappingGroup, MapsNothingMoreWhereTheSystemRefusedOnce)
 {
     const OpenFile file("job data");
