@@ -108,6 +108,15 @@ TEST(Library, RunsTheWorkerOfAFolderWithItsCommandLine)
     Library::init({});
 }
 
+TEST(Library, RunsAWorkerByItsWholePathWhateverTheFolder)
+{
+    Library::Options options = oneWorker("/nowhere", "each arguments");
+    options.executable = testWorkerPath;
+
+    EXPECT_EQ(commandLineOf(options), R"({"arguments":["each","arguments"]})");
+    Library::init({});
+}
+
 TEST(Library, TellsTheWorkerHowJobsAreEncrypted)
 {
     Library::Options options = oneWorker(workerFolder(), "each arguments");

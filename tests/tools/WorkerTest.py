@@ -3,6 +3,7 @@
 TEST_WORKER is the worker for tests, JOBPARSER_LIBRARY the library that the tool reads JSON with.
 """
 
+import io
 import json
 import os
 import pathlib
@@ -10,8 +11,9 @@ import pty
 import shutil
 import subprocess
 import unittest
+import zipfile
 
-from ToolTest import FAILED, RAW, TOOL, WRONG, ToolTest, make_samples
+from ToolTest import DONE, FAILED, MALFORMED, NOT_PARSED, RAW, TOOL, WRONG, ToolTest, make_samples
 
 WORKER = os.environ["TEST_WORKER"]
 LIBRARY = pathlib.Path(os.environ["JOBPARSER_LIBRARY"])
@@ -307,6 +309,42 @@ class Decrypt(WorkerToolTest):
                     self.run_tool("save", "plain", "--no-worker", "-o", "expected")
                     self.assertEqual(self.read("saved"), self.read("expected"))
 
+    def test_ends_jobs_of_several_views_before_the_padding(self):
+        package = io.BytesIO(make_samples.xps())
+        with zipfile.ZipFile(package, "a") as parts:
+            parts.writestr("picture", b"x" * 5000000)
+        for name, job, status in (("malformed", MALFORMED + b"x" * 5000000, NOT_PARSED),
+                                  ("package", package.getvalue(), DONE)):
+            with self.subTest(name):
+                self.file("plain", job)
+                self.encrypted("job", job)
+                options = ["job", "--no-worker", "--decrypt", CIPHER]
+
+                text = self.run_tool("meta", *options, status=status).stdout
+                self.run_tool("save", *options, "-o", "saved", status=status)
+
+                self.assertEqual(text, self.run_tool("meta", "plain", "--no-worker", status=status).stdout)
+                self.assertEqual(self.read("saved"), job)
+
+    def test_reads_folders(self):
+        (self.folder / "spool").mkdir()
+        samples = sorted(make_samples.SAMPLES.items())
+        for name, make in samples:
+            self.file("plain-" + name, make())
+            self.encrypted("spool/" + name, make())
+        records = [json.loads(self.output("scan", "plain-" + name, "--no-worker"))["info"] for name, _ in samples]
+
+        for jobs in ("1", "2"):
+            lines = self.output("scan", "spool", "--no-worker", "--jobs", jobs, "--decrypt", CIPHER).splitlines()
+            self.assertEqual([json.loads(line)["info"] for line in lines], records)
+
+    def test_takes_digits_of_either_case(self):
+        self.encrypted("job", RAW)
+
+        self.output("save", "job", "--no-worker", "--decrypt", f"aes-128-cbc:{KEY.upper()}:{IV.upper()}", "-o", "saved")
+
+        self.assertEqual(self.read("saved"), RAW)
+
     def test_takes_an_encrypted_job_from_its_metadata(self):
         self.encrypted("job", RAW)
         self.output("meta", "job", "--decrypt", CIPHER, "--beside", "--no-worker")
@@ -318,7 +356,7 @@ class Decrypt(WorkerToolTest):
     def test_tells_the_worker(self):
         self.encrypted("job", PCL)
         place = self.folder / "worker"
-        place.write_text(f"#!/bin/sh\nprintf '%s\\n' \"$@\" > {self.folder}/told\nwhile read request; do echo '{REPLY}'; done\n")
+        place.write_text(f"#!/bin/sh\nprintf '%s\\n' \"$@\" > {self.folder}/told\nwhile read request; do echo \"$request\" >> asked; echo '{REPLY}'; done\n")
         place.chmod(0o755)
 
         text = self.output("meta", "job", "--decrypt", CIPHER, "--worker", str(place), "--worker-args", '-q "a b"',
@@ -327,6 +365,7 @@ class Decrypt(WorkerToolTest):
         self.assertEqual(json.loads(text)["jobInfo"]["monoCount"], 3)
         *words, options = self.read("told").decode().splitlines()
         self.assertEqual(words, ["-q", "a b", "e"])
+        self.assertEqual(json.loads(self.read("asked").splitlines()[0])["jobPath"], "job")
         self.assertEqual(options, '{"algorithm":1,"key":"ABEiM0RVZneImaq7zN3u/w==","iv":"/+7dzLuqmYh3ZlVEMyIRAA=="}')
 
     def test_fails_for_a_wrong_key(self):
