@@ -2,7 +2,7 @@
 
 #include <sys/resource.h>
 
-// Sanitizers map memory of their own all the time.
+// Sanitizers map memory of their own all the time, and look at it through pipes.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define NEEDS_SHADOW_MEMORY
 #elif defined(__has_feature)
