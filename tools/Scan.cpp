@@ -216,7 +216,7 @@ void Scanner::findFiles(Lock& lock)
     m_changed.notify_all();
 }
 
-/// Who has taken up a file finds no more until it is done.
+/// Those who found files before may be busy with one each.
 bool Scanner::mayFind() const
 {
     return m_files.empty() && !m_isFinding && !m_hasAllFiles;
