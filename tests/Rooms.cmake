@@ -66,7 +66,9 @@ add_room_tests(ModelTests
     JobParser/model/ChunkUelTest.cpp
     JobParser/model/FinishingTest.cpp
     JobParser/model/GlobalParserTest.cpp
+    JobParser/model/JobFileEncryptedTest.cpp
     JobParser/model/JobFileTest.cpp
+    JobParser/model/JobInfoMergeTest.cpp
     JobParser/model/JobInfoTest.cpp
     JobParser/model/JobMetadataTest.cpp
     JobParser/model/JobRewritingFinishingTest.cpp

@@ -1,9 +1,10 @@
 #include "JobParser/JobInfo.h"
 
 #include <array>
-#include <functional>
 #include <gtest/gtest.h>
 #include <limits>
+
+#include "tests/JobParser/model/JobInfoRecords.h"
 
 #include "Torv/Json/Json.h"
 #include "Torv/VariantInvalidOperationException.h"
@@ -18,50 +19,10 @@ using Zem::Printer::OriginalBrand;
 constexpr int highest = std::numeric_limits<int>::max();
 constexpr int lowest = std::numeric_limits<int>::min();
 
-/// Every group known, none with its default value.
-JobInfo fullRecord()
-{
-    JobInfo info;
-    info.setPdl(Pdl::PclXl);
-    info.setPaper(PaperA4);
-    info.setPageCount(1, 2, 3);
-    info.setDuplex(Duplex::ShortEdge);
-    info.setCopies(4);
-    info.forceMono = true;
-    info.m_flags |= JobInfo::FlagForceMono;
-    info.setStapling(Staple::Two, true);
-    info.setPunching(Punch::FourHoles, true);
-    info.setOrientation(Orientation::ReverseLandscape);
-    info.setEcoMode(true);
-    info.setPagesPerSheet(6);
-    info.setOriginalBrand(OriginalBrand::Oki);
-    info.setPjl(true);
-    info.kfeedShortEdge = true;
-    info.addFonts({"Courier", "Arial"});
-    return info;
-}
-
-constexpr const char* fullJson =
-    R"({"version":1,"pjl":true,"pdl":5,"paper":5,"monoCount":1,"grayCount":2,"colorCount":3,"duplex":2,)"
-    R"("copies":4,"forceMono":true,"stapling":3,"punching":3,"orientation":3,"ecoMode":true,"ecoMode":true,)"
-    R"("pagesPerSheet":6,"originalBrand":9,"kfeedShortEdge":true)";
-
-constexpr const char* defaultJson =
-    R"({"version":1,"pjl":false,"pdl":null,"paper":null,"monoCount":null,"grayCount":null,"colorCount":null,)"
-    R"("duplex":null,"copies":null,"forceMono":null,"stapling":null,"punching":null,"orientation":null,)"
-    R"("ecoMode":null,"ecoMode":null,"pagesPerSheet":null,"originalBrand":null})";
-
 JobInfo parsed(const std::string& json)
 {
     return JobInfo(Torv::Json::parse(json));
 }
-
-std::array<int, 3> counts(const JobInfo& info)
-{
-    return {info.monoCount, info.grayCount, info.colorCount};
-}
-
-using Counts = std::array<int, 3>;
 
 TEST(JobInfo, KnowsNothingAtFirst)
 {
@@ -84,32 +45,6 @@ TEST(JobInfo, KnowsNothingAtFirst)
     EXPECT_EQ(info.originalBrand, OriginalBrand::None);
     EXPECT_TRUE(info.fonts.empty());
 }
-
-struct Group {
-    const char* name;
-    int bit;
-    std::function<void(JobInfo&)> set;
-    const char* json;
-};
-
-/// What each group's setter leaves in the record, the other groups being unknown.
-const std::array<Group, 12> groups{{
-    {"counts", 2, [](JobInfo& info) { info.setPageCount(1, 2, 3); },
-     R"("monoCount":1,"grayCount":2,"colorCount":3,)"},
-    {"copies", 4, [](JobInfo& info) { info.setCopies(2); }, R"("copies":2,)"},
-    {"paper", 8, [](JobInfo& info) { info.setPaper(PaperStatement); }, R"("paper":21,)"},
-    {"duplex", 16, [](JobInfo& info) { info.setDuplex(Duplex::LongEdge); }, R"("duplex":1,)"},
-    {"pdl", 64, [](JobInfo& info) { info.setPdl(Pdl::Urf); }, R"("pdl":9,)"},
-    {"forceMono", 128, [](JobInfo& info) { info.setForceMono(true); }, R"("forceMono":true,)"},
-    {"stapling", 256, [](JobInfo& info) { info.setStapling(Staple::LeftTop, false); }, R"("stapling":1,)"},
-    {"punching", 512, [](JobInfo& info) { info.setPunching(Punch::TwoHoles, false); }, R"("punching":1,)"},
-    {"ecoMode", 1024, [](JobInfo& info) { info.setEcoMode(true); }, R"("ecoMode":true,"ecoMode":true,)"},
-    {"orientation", 2048, [](JobInfo& info) { info.setOrientation(Orientation::Landscape); },
-     R"("orientation":1,)"},
-    {"pagesPerSheet", 4096, [](JobInfo& info) { info.setPagesPerSheet(4); }, R"("pagesPerSheet":4,)"},
-    {"originalBrand", 8192, [](JobInfo& info) { info.setOriginalBrand(OriginalBrand::Hp); },
-     R"("originalBrand":2})"},
-}};
 
 TEST(JobInfo, KnowsTheGroupThatWasSetAndNoOther)
 {
@@ -383,169 +318,6 @@ TEST(JobInfo, SetsPjlAndFontsWithoutABit)
     EXPECT_TRUE(info.pjl);
     EXPECT_EQ(info.fonts, (std::set<std::string>{"A", "B"}));
     EXPECT_EQ(info.flags(65535), 0);
-}
-
-TEST(JobInfo, TakesOverAllThatAnotherRecordKnows)
-{
-    JobInfo info;
-
-    info.combineWith(fullRecord(), 65535);
-
-    // The other record's pages are folded, since it forces mono.
-    EXPECT_EQ(
-        info.toJsonFull(),
-        R"({"version":1,"pjl":true,"pdl":5,"paper":5,"monoCount":6,"grayCount":0,"colorCount":0,"duplex":2,)"
-        R"("copies":4,"forceMono":true,"stapling":3,"punching":3,"orientation":3,"ecoMode":true,)"
-        R"("ecoMode":true,"pagesPerSheet":6,"originalBrand":9,"kfeedShortEdge":true,)"
-        R"("fonts":["Arial","Courier"]})");
-}
-
-TEST(JobInfo, TakesOverAGroupOnlyIfMaskAndOtherRecordHaveItsBit)
-{
-    for (const Group& group : groups) {
-        JobInfo other;
-        group.set(other);
-        JobInfo taken;
-        JobInfo masked;
-
-        taken.combineWith(other, group.bit);
-        masked.combineWith(other, 65535 & ~group.bit);
-
-        EXPECT_EQ(taken.toJson(), other.toJson()) << group.name;
-        EXPECT_EQ(masked.toJson(), defaultJson) << group.name;
-    }
-}
-
-TEST(JobInfo, KeepsWhatAnotherRecordDoesNotKnow)
-{
-    JobInfo info = fullRecord();
-
-    info.combineWith(JobInfo(), 65535);
-
-    EXPECT_EQ(info.toJson(), std::string(fullJson) + "}");
-}
-
-TEST(JobInfo, TakesOverFontsAndPjlWhateverTheMask)
-{
-    JobInfo info;
-    info.setOrientation(Orientation::Landscape);
-    JobInfo other = fullRecord();
-
-    info.combineWith(other, 63487);
-    EXPECT_EQ(info.orientation, Orientation::Landscape);
-    EXPECT_EQ(info.fonts.size(), 2U);
-    EXPECT_TRUE(info.pjl);
-
-    JobInfo untouched;
-    untouched.combineWith(other, 0);
-    EXPECT_EQ(untouched.flags(65535), 0);
-    EXPECT_EQ(untouched.fonts.size(), 2U);
-    EXPECT_TRUE(untouched.pjl);
-    EXPECT_TRUE(untouched.kfeedShortEdge);
-}
-
-TEST(JobInfo, KeepsPjlAndTheFeedEdgeOnceTheyAreTrue)
-{
-    JobInfo info;
-    info.setPjl(true);
-    info.kfeedShortEdge = true;
-
-    info.combineWith(JobInfo(), 65535);
-
-    EXPECT_TRUE(info.pjl);
-    EXPECT_TRUE(info.kfeedShortEdge);
-}
-
-TEST(JobInfo, MergesCopiesToTheirMaximum)
-{
-    JobInfo info;
-    info.setCopies(3);
-    JobInfo fewer;
-    fewer.setCopies(2);
-    JobInfo more;
-    more.copies = 20000;
-    more.m_flags = 4;
-
-    info.combineWith(fewer, 65535);
-    EXPECT_EQ(info.copies, 3);
-    info.combineWith(more, 65535);
-    EXPECT_EQ(info.copies, 10000);
-}
-
-TEST(JobInfo, KeepsADuplexAgainstASourceThatSaysOneSided)
-{
-    JobInfo oneSided;
-    oneSided.setDuplex(Duplex::OneSided);
-    JobInfo duplex;
-    duplex.setDuplex(Duplex::ShortEdge);
-    JobInfo info;
-
-    info.combineWith(oneSided, 65535);
-    EXPECT_EQ(info.duplex, Duplex::OneSided);
-    EXPECT_EQ(info.flags(65535), 16);
-    info.combineWith(duplex, 65535);
-    info.combineWith(oneSided, 65535);
-    EXPECT_EQ(info.duplex, Duplex::ShortEdge);
-}
-
-TEST(JobInfo, ForcesMonoIfEitherSourceSaysSo)
-{
-    JobInfo forcing;
-    forcing.setForceMono(true);
-    JobInfo notForcing;
-    notForcing.setForceMono(false);
-
-    JobInfo first;
-    first.setPageCount(1, 2, 3);
-    first.combineWith(forcing, 65535);
-    EXPECT_TRUE(first.forceMono);
-    EXPECT_EQ(counts(first), (Counts{6, 0, 0}));
-    first.combineWith(notForcing, 65535);
-    EXPECT_TRUE(first.forceMono);
-
-    JobInfo second;
-    second.combineWith(notForcing, 65535);
-    EXPECT_FALSE(second.forceMono);
-    EXPECT_EQ(second.flags(65535), 128);
-}
-
-TEST(JobInfo, TakesOverForceMonoIfItsOwnIsNotKnown)
-{
-    JobInfo info;
-    info.forceMono = true;
-    JobInfo notForcing;
-    notForcing.setForceMono(false);
-
-    info.combineWith(notForcing, 65535);
-
-    EXPECT_FALSE(info.forceMono);
-}
-
-TEST(JobInfo, FoldsMergedPagesByItsOwnForceMono)
-{
-    JobInfo info;
-    info.setForceMono(true);
-    JobInfo other;
-    other.setPageCount(1, 2, 3);
-
-    info.combineWith(other, 65535);
-
-    EXPECT_EQ(counts(info), (Counts{6, 0, 0}));
-}
-
-TEST(JobInfo, MergesFinishingWithoutTheRuleOfTheSetters)
-{
-    JobInfo info;
-    info.setStapling(Staple::Two, true);
-    info.setPunching(Punch::FourHoles, true);
-    JobInfo other;
-    other.setStapling(Staple::UnknownPosition, true);
-    other.setPunching(Punch::None, true);
-
-    info.combineWith(other, 65535);
-
-    EXPECT_EQ(info.stapling, Staple::UnknownPosition);
-    EXPECT_EQ(info.punching, Punch::None);
 }
 
 TEST(JobInfo, WritesAnUnknownGroupAsNull)
